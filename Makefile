@@ -1,0 +1,47 @@
+# Front door over the CMake presets (CMakePresets.json).
+#   make test    Debug build with caller-contract checks, all tests through ctest
+#   make demo    release build, runs the demo into out/demo
+#   make bench   release build, runs the benchmarks
+#   make asan    the test suite under AddressSanitizer + UndefinedBehaviorSanitizer
+#   make tsan    the test suite under ThreadSanitizer
+
+DEMO_OUT ?= out/demo
+BENCH_ARGS ?=
+
+.PHONY: all deps test demo bench asan tsan format clean
+
+all: test
+
+deps:
+	@cmake/install-deps.sh
+
+test: deps
+	cmake --preset test
+	cmake --build --preset test
+	ctest --preset test
+
+demo: deps
+	cmake --preset release
+	cmake --build --preset release --target sampling_demo
+	build/release/examples/sampling_demo --out $(DEMO_OUT)
+
+bench: deps
+	cmake --preset release
+	cmake --build --preset release --target sampling_bench
+	build/release/bench/sampling_bench $(BENCH_ARGS)
+
+asan: deps
+	cmake --preset asan
+	cmake --build --preset asan
+	ctest --preset asan
+
+tsan: deps
+	cmake --preset tsan
+	cmake --build --preset tsan
+	ctest --preset tsan
+
+format:
+	git ls-files '*.h' '*.cc' | xargs clang-format -i
+
+clean:
+	rm -rf build out

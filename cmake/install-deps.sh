@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build needs, when they are missing.
+#   cmake, g++, make      the build
+#   libgtest-dev          GoogleTest, the test framework
+#   libbenchmark-dev      Google Benchmark, the benchmark framework
+#   binutils              nm and readelf for the exported-symbol check
+# Usage: cmake/install-deps.sh [extra packages...]
+set -euo pipefail
+packages=(cmake g++ make libgtest-dev libbenchmark-dev binutils "$@")
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+if [[ ${#missing[@]} -eq 0 ]]; then exit 0; fi
+echo "installing: ${missing[*]}"
+sudo_cmd=()
+if [[ $(id -u) -ne 0 ]]; then sudo_cmd=(sudo); fi
+export DEBIAN_FRONTEND=noninteractive
+"${sudo_cmd[@]}" apt-get update -qq
+"${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"

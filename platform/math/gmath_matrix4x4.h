@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/math/gmath_vec3.h"
+
+// 4x4 affine matrix, sixteen values in row-major order: element (r, c) is
+// m[4r + c]; the translation sits in the fourth column (m[3], m[7], m[11]).
+// Points are transformed by the first three rows; the fourth row is kept for
+// completeness and never read by the transforms below.
+template <typename T>
+struct GMathMatrix4x4 {
+  T m[16];
+
+  // The identity.
+  GMathMatrix4x4()
+      : m{T(1), T(0), T(0), T(0), T(0), T(1), T(0), T(0),
+          T(0), T(0), T(1), T(0), T(0), T(0), T(0), T(1)} {}
+
+  T& operator()(int r, int c) { return m[4 * r + c]; }
+  T const& operator()(int r, int c) const { return m[4 * r + c]; }
+  T& operator[](int i) { return m[i]; }
+  T const& operator[](int i) const { return m[i]; }
+
+  // P[r] = m[r][0] p.x + m[r][1] p.y + m[r][2] p.z + m[r][3], terms in that order.
+  GMathVec3<T> transform_point(GMathVec3<T> const& p) const {
+    return GMathVec3<T>(m[0] * p.x + m[1] * p.y + m[2] * p.z + m[3],
+                        m[4] * p.x + m[5] * p.y + m[6] * p.z + m[7],
+                        m[8] * p.x + m[9] * p.y + m[10] * p.z + m[11]);
+  }
+  // The same without the translation.
+  GMathVec3<T> transform_vector(GMathVec3<T> const& v) const {
+    return GMathVec3<T>(m[0] * v.x + m[1] * v.y + m[2] * v.z,
+                        m[4] * v.x + m[5] * v.y + m[6] * v.z,
+                        m[8] * v.x + m[9] * v.y + m[10] * v.z);
+  }
+
+  static GMathMatrix4x4 translation(T const& x, T const& y, T const& z) {
+    GMathMatrix4x4 r;
+    r.m[3] = x;
+    r.m[7] = y;
+    r.m[11] = z;
+    return r;
+  }
+  static GMathMatrix4x4 scale(T const& x, T const& y, T const& z) {
+    GMathMatrix4x4 r;
+    r.m[0] = x;
+    r.m[5] = y;
+    r.m[10] = z;
+    return r;
+  }
+  // Product this * o of two affine matrices (full 4x4 product).
+  GMathMatrix4x4 operator*(GMathMatrix4x4 const& o) const {
+    GMathMatrix4x4 r;
+    for (int i = 0; i < 4; ++i) {
+      for (int j = 0; j < 4; ++j) {
+        T s = T(0);
+        for (int k = 0; k < 4; ++k) s += m[4 * i + k] * o.m[4 * k + j];
+        r.m[4 * i + j] = s;
+      }
+    }
+    return r;
+  }
+};
+
+static_assert(sizeof(GMathMatrix4x4<double>) == 128, "GMathMatrix4x4<double> is sixteen doubles");

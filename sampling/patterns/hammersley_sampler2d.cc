@@ -1,0 +1,180 @@
+#include "sampling/patterns/hammersley_sampler2d.h"
+
+#include "sampling/checks.h"
+#include "sampling/patterns/radical_inverse.h"
+#include "sampling/sampling.h"
+
+namespace {
+
+// Seeds keep their low 16 bits.
+inline unsigned int reduce_seed(unsigned int const& seed) { return seed & 0xFFFFu; }
+
+// Smallest power of two 2^k with (count >> k) <= packet_size.
+inline unsigned int packet_columns(unsigned int const& count, unsigned int const& packet_size) {
+  unsigned int packets = 1;
+  unsigned int t = count;
+  while (t > packet_size) {
+    packets *= 2;
+    t >>= 1;
+  }
+  return packets;
+}
+
+}  // namespace
+
+void HammersleySampler2d::compute_v_offset() { m_v_offset = radical_inverse_3(m_seed); }
+
+void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& count_x,
+                               unsigned int const& count_y) {
+  m_count_x = count_x;
+  m_count_y = count_y;
+  m_packet_count_x = 1;
+  m_packet_count_y = 1;
+  unsigned int const n = count_x * count_y;
+  Sampler2d::init(n, 1);
+  m_seed = reduce_seed(seed);
+  compute_v_offset();
+  m_inv_point_count = 1.0 / static_cast<double>(n);
+  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback, &get_single_packet_samples_callback>();
+}
+
+void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& count_x,
+                               unsigned int const& count_y, unsigned int const& packet_size_x,
+                               unsigned int const& packet_size_y) {
+  m_count_x = count_x;
+  m_count_y = count_y;
+  m_packet_count_x = packet_columns(count_x, packet_size_x);
+  m_packet_count_y = packet_columns(count_y, packet_size_y);
+  unsigned int const n = count_x * count_y;
+  Sampler2d::init(n, m_packet_count_x * m_packet_count_y);
+  m_inv_packet_count_x = 1.0 / static_cast<double>(m_packet_count_x);
+  m_inv_packet_count_y = 1.0 / static_cast<double>(m_packet_count_y);
+  m_band_size = static_cast<double>(n) * m_inv_packet_count_y;
+  m_inv_point_count = 1.0 / static_cast<double>(n);
+  m_seed = reduce_seed(seed);
+  compute_v_offset();
+  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback, &get_packet_samples_callback>();
+}
+
+void HammersleySampler2d::init(GRandomMt& random, unsigned int const& count_x,
+                               unsigned int const& count_y, unsigned int const& packet_size_x,
+                               unsigned int const& packet_size_y) {
+  unsigned int const seed = random.genrand_int32();
+  init(seed, count_x, count_y, packet_size_x, packet_size_y);
+}
+
+void HammersleySampler2d::init_sub(unsigned int const& seed, unsigned int const& subset_count,
+                                   unsigned int const& subset_index, unsigned int const& count) {
+  SAMPLING_CHECK(subset_index < subset_count,
+                 "HammersleySampler2d::init_sub: subset_index must be below subset_count");
+  SAMPLING_CHECK(subset_count * count != 0,
+                 "HammersleySampler2d::init_sub: the whole set must not be empty");
+  m_packet_count_x = 1;
+  m_packet_count_y = 1;
+  m_count_x = subset_count * count;
+  m_count_y = 1;
+  m_subset_index = subset_index;
+  m_subset_count = subset_count;
+  m_seed = reduce_seed(seed);
+  compute_v_offset();
+  m_inv_point_count = 1.0 / static_cast<double>(subset_count * count);
+  Sampler2d::init(count, 1);
+  set_callbacks<HammersleySampler2d, &get_sub_sample_callback, &get_all_sub_samples_callback, &get_sub_packet_samples_callback>();
+}
+
+void HammersleySampler2d::set_seed(unsigned int const& seed) { m_seed = reduce_seed(seed); }
+
+void HammersleySampler2d::get_sample_u(unsigned int const& index, double& u) const {
+  u = radical_inverse_2(index + m_seed);
+}
+
+void HammersleySampler2d::get_sample_v(unsigned int const& index, double& v) const {
+  v = (static_cast<double>(index) + m_v_offset) * m_inv_point_count;
+}
+
+unsigned int HammersleySampler2d::get_sub_index(unsigned int const& i) const {
+  if (m_subset_count & 1u) return i * m_subset_count + m_subset_index;
+  unsigned int const n = m_subset_index * m_sample_count + i;
+  return (2u * Sampling::shuffle_index(n >> 1, m_count_x >> 1)) | (n & 1u);
+}
+
+void HammersleySampler2d::get_sample_callback(HammersleySampler2d& sampler,
+                                              unsigned int const& index,
+                                              GMathVec2<double>& sample) {
+  sampler.get_sample_u(index, sample.x);
+  sampler.get_sample_v(index, sample.y);
+}
+
+void HammersleySampler2d::get_all_samples_callback(HammersleySampler2d& sampler,
+                                                   GMathVec2<double>* samples) {
+  unsigned int const n = sampler.m_sample_count;
+  for (unsigned int k = 0; k < n; ++k) {
+    sampler.get_sample_u(k, samples[k].x);
+    sampler.get_sample_v(k, samples[k].y);
+  }
+}
+
+unsigned int HammersleySampler2d::get_single_packet_samples_callback(
+    HammersleySampler2d& sampler, unsigned int const&, GMathVec2<double>* samples,
+    GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
+  get_all_samples_callback(sampler, samples);
+  corner0 = GMathVec2<double>(0.0, 0.0);
+  corner1 = GMathVec2<double>(1.0, 1.0);
+  return sampler.m_sample_count;
+}
+
+unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2d& sampler,
+                                                              unsigned int const& packet,
+                                                              GMathVec2<double>* samples,
+                                                              GMathVec2<double>& corner0,
+                                                              GMathVec2<double>& corner1) {
+  unsigned int const columns = sampler.m_packet_count_x;
+  unsigned int const px = packet % columns;
+  unsigned int const py = packet / columns;
+  // Nearest band boundaries, halves going up; the integers wrap modulo 2^32.
+  unsigned int const start =
+      static_cast<unsigned int>(static_cast<long long>(static_cast<double>(py) *
+                                                           sampler.m_band_size +
+                                                       0.5)) +
+      px;
+  unsigned int const end = static_cast<unsigned int>(
+      static_cast<long long>(static_cast<double>(py + 1) * sampler.m_band_size + 0.5));
+  unsigned int written = 0;
+  for (unsigned int k = start; k < end; k += columns) {
+    sampler.get_sample_u(k, samples[written].x);
+    sampler.get_sample_v(k, samples[written].y);
+    ++written;
+  }
+  // All indices of the packet agree modulo Px (a power of two), so the low
+  // log2(Px) bits of k + seed, which fix the leading digits of u, agree too.
+  corner0.x = radical_inverse_2((sampler.m_seed + start) & (columns - 1));
+  corner0.y = static_cast<double>(py) * sampler.m_inv_packet_count_y;
+  corner1.x = sampler.m_inv_packet_count_x + corner0.x;
+  corner1.y = sampler.m_inv_packet_count_y + corner0.y;
+  return written;
+}
+
+void HammersleySampler2d::get_sub_sample_callback(HammersleySampler2d& sampler,
+                                                  unsigned int const& index,
+                                                  GMathVec2<double>& sample) {
+  unsigned int const k = sampler.get_sub_index(index);
+  sampler.get_sample_u(k, sample.x);
+  sampler.get_sample_v(k, sample.y);
+}
+
+void HammersleySampler2d::get_all_sub_samples_callback(HammersleySampler2d& sampler,
+                                                       GMathVec2<double>* samples) {
+  unsigned int const n = sampler.m_sample_count;
+  for (unsigned int i = 0; i < n; ++i) get_sub_sample_callback(sampler, i, samples[i]);
+}
+
+unsigned int HammersleySampler2d::get_sub_packet_samples_callback(HammersleySampler2d& sampler,
+                                                                  unsigned int const&,
+                                                                  GMathVec2<double>* samples,
+                                                                  GMathVec2<double>& corner0,
+                                                                  GMathVec2<double>& corner1) {
+  get_all_sub_samples_callback(sampler, samples);
+  corner0 = GMathVec2<double>(0.0, 0.0);
+  corner1 = GMathVec2<double>(1.0, 1.0);
+  return sampler.m_sample_count;
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+// Internal scalar helpers shared by the sample patterns and the surface
+// scattering. Not exported: they are inlined where used.
+
+// 1 / (2^32 - 1), bit pattern 0x3DF0000000100000.
+constexpr double k_unit_from_u32_scale = 0x1.00000001p-32;
+static_assert(k_unit_from_u32_scale == 2.3283064370807974e-10, "1 / (2^32 - 1)");
+
+// 1/3, bit pattern 0x3FD5555555555555.
+constexpr double k_one_third = 0x1.5555555555555p-2;
+static_assert(k_one_third == 1.0 / 3.0, "1/3");
+
+// Maps a 32-bit integer onto [0, 1], both ends included: 0 -> 0.0 and
+// 4294967295 -> exactly 1.0. A product by 1/(2^32 - 1), not a division.
+inline double unit_from_u32(unsigned int const& r) {
+  return static_cast<double>(r) * k_unit_from_u32_scale;
+}
+
+// Base-2 radical inverse: the 32 bits of n mirrored about the binary point.
+// The loop adds exact powers of two, so the result is exactly
+// bit_reverse(n) * 2^-32, in [0, 1 - 2^-32].
+inline double radical_inverse_2(unsigned int n) {
+  double result = 0.0;
+  double w = 0.5;
+  while (n != 0) {
+    if (n & 1u) result = w + result;
+    n >>= 1;
+    w = w * 0.5;
+  }
+  return result;
+}
+
+// Base-3 radical inverse, digits from the least significant one up, the
+// weight shrinking by repeated multiplication with the double 1/3.
+inline double radical_inverse_3(unsigned int n) {
+  double result = 0.0;
+  double w = k_one_third;
+  while (n != 0) {
+    unsigned int const d = n % 3u;
+    unsigned int const q = n / 3u;
+    if (d != 0) result = static_cast<double>(d) * w + result;
+    w = w * k_one_third;
+    n = q;
+  }
+  return result;
+}

@@ -1,0 +1,115 @@
+#pragma once
+
+// Sampling: the library's static entry points.
+//
+//  - Warps: stateless maps from a 2D sample (u, v) in [0,1]^2 onto the unit
+//    disk, the hemisphere about +z and the unit sphere, with optional frames,
+//    plus the concentric square-to-disk map and an index permutation.
+//  - Point sets: fixed N x N point sets on a disk and on a grid.
+//
+// All angles use the library's truncated pi (sampling/angles.h).
+
+#include "platform/core/core_array.h"
+#include "platform/math/gmath_vec2.h"
+#include "platform/math/gmath_vec3.h"
+#include "sampling/angles.h"
+#include "sampling/sampling_export.h"
+
+class SAMPLING_API Sampling {
+ public:
+  Sampling() = delete;
+
+  // ---- Warps -------------------------------------------------------------
+  //
+  // Every warp below computes an azimuth phi, a projected radius rho and a
+  // height z, and writes (cos(phi) rho, sin(phi) rho, z). The frame overloads
+  // add, for the hemisphere and sphere warps, tangent = (-sin phi, cos phi, 0)
+  // (increasing azimuth) and bitangent = (-z cos phi, -z sin phi, rho)
+  // (towards the +z pole), so that tangent x bitangent = direction for a unit
+  // direction. No input is clamped: callers keep u, v and radius_scale in
+  // [0, 1].
+
+  // Concentric (Shirley-Chiu) square-to-disk map in polar form: radius in
+  // [0, 1] and angle in (-pi/4, 7pi/4] for (u, v) in [0,1]^2. Uniform over
+  // the disk's area. The centre gives radius -0.0 and angle 0. Trig-free.
+  static void to_unit_disk(double const& u, double const& v, double& radius, double& angle);
+
+  // Point of the unit disk in the z = 0 plane, uniform per unit area.
+  static void disk_concentric(double const& u, double const& v, GMathVec3<double>& point);
+  // ... with tangent = radial direction and bitangent = direction of
+  // increasing angle; tangent x bitangent = +z.
+  static void disk_concentric(double const& u, double const& v, GMathVec3<double>& point,
+                              GMathVec3<double>& tangent, GMathVec3<double>& bitangent);
+
+  // Hemisphere direction with polar angle u pi/2 (linear in u, so not uniform
+  // per solid angle) and azimuth 2pi v; rho = sin(u pi/2) radius_scale.
+  static void hemisphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
+                                 double const& radius_scale);
+  static void hemisphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
+                                 GMathVec3<double>& tangent, GMathVec3<double>& bitangent,
+                                 double const& radius_scale);
+
+  // As hemisphere_uniform, with the polar angle radius pi/2 and the azimuth
+  // taken from the concentric map.
+  static void hemisphere_uniform_concentric(double const& u, double const& v,
+                                            GMathVec3<double>& direction,
+                                            double const& radius_scale);
+  static void hemisphere_uniform_concentric(double const& u, double const& v,
+                                            GMathVec3<double>& direction,
+                                            GMathVec3<double>& tangent,
+                                            GMathVec3<double>& bitangent,
+                                            double const& radius_scale);
+
+  // Hemisphere direction lifted from the polar disk point (u radius_scale,
+  // 2pi v); not area-uniform on the disk.
+  static void hemisphere_cosine(double const& u, double const& v, GMathVec3<double>& direction,
+                                double const& radius_scale);
+  static void hemisphere_cosine(double const& u, double const& v, GMathVec3<double>& direction,
+                                GMathVec3<double>& tangent, GMathVec3<double>& bitangent,
+                                double const& radius_scale);
+
+  // Cosine-weighted hemisphere direction (Malley: the concentric disk point
+  // lifted to the hemisphere). With radius_scale s = 1 the density is
+  // cos(theta) / pi per unit solid angle; with s in (0, 1) directions stay in
+  // the cone z >= sqrt(1 - s^2) with density cos(theta) / (pi s^2).
+  static void hemisphere_cosine_concentric(double const& u, double const& v,
+                                           GMathVec3<double>& direction,
+                                           double const& radius_scale);
+  static void hemisphere_cosine_concentric(double const& u, double const& v,
+                                           GMathVec3<double>& direction,
+                                           GMathVec3<double>& tangent,
+                                           GMathVec3<double>& bitangent,
+                                           double const& radius_scale);
+
+  // Uniform direction on the unit sphere, density 1 / (4 pi) per unit solid
+  // angle: z = 1 - 2u (from +1 at u = 0 to -1 at u = 1), azimuth 2pi v.
+  static void sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction);
+  static void sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
+                             GMathVec3<double>& tangent, GMathVec3<double>& bitangent);
+
+  // Direction on the unit sphere with z = sin(pi/2 - u pi) (polar angle
+  // linear in u), azimuth 2pi v.
+  static void sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction);
+  static void sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction,
+                            GMathVec3<double>& tangent, GMathVec3<double>& bitangent);
+
+  // Position of `index` in the recursive even/odd order of `count` items:
+  // the rank of index's base-2 radical inverse among those of 0..count-1.
+  // A bijection of [0, count); an index >= count gives its insertion
+  // position, in [0, count]. For a power-of-two count it reverses the
+  // log2(count) low bits of index.
+  static unsigned int shuffle_index(unsigned int const& index, unsigned int const& count);
+
+  // ---- Point sets --------------------------------------------------------
+
+  // Replaces `points` by N x N points on concentric rings of the unit disk:
+  // ring k (from the outside) has 4N - 4 - 8k points starting at angle 0 and
+  // running counter-clockwise; odd N ends with the centre. Deterministic.
+  static void disk_uniform(CoreArray<GMathVec2<double>>& points, unsigned int const& n);
+
+  // Replaces `points` by an N x N grid from `minimum` to `maximum`, row by row
+  // with x fastest. N = 1 gives the minimum corner alone. Coordinates are
+  // accumulated, so the last row and column reach `maximum` up to rounding.
+  static void grid_uniform(CoreArray<GMathVec2<double>>& points, unsigned int const& n,
+                           GMathVec2<double> const& minimum, GMathVec2<double> const& maximum);
+};

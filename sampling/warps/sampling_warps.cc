@@ -1,0 +1,191 @@
+// Disk, hemisphere and sphere warps of Sampling, and the index shuffle.
+
+#include <cmath>
+
+#include "sampling/sampling.h"
+
+namespace {
+
+// Writes (cos(phi) rho, sin(phi) rho, z): the polar construction every warp
+// ends with.
+inline void polar_point(double const& phi, double const& rho, double const& z,
+                        GMathVec3<double>& out) {
+  out.x = std::cos(phi) * rho;
+  out.y = std::sin(phi) * rho;
+  out.z = z;
+}
+
+// The same, plus tangent (increasing azimuth) and bitangent (towards +z).
+inline void polar_frame(double const& phi, double const& rho, double const& z,
+                        GMathVec3<double>& out, GMathVec3<double>& tangent,
+                        GMathVec3<double>& bitangent) {
+  double const c = std::cos(phi);
+  double const s = std::sin(phi);
+  out.x = c * rho;
+  out.y = s * rho;
+  out.z = z;
+  tangent.x = -s;
+  tangent.y = c;
+  tangent.z = 0.0;
+  bitangent.x = -z * c;
+  bitangent.y = -z * s;
+  bitangent.z = rho;
+}
+
+// Height above the disk of a hemisphere direction with projected radius rho.
+inline double lift(double const& rho) { return std::sqrt(1.0 - rho * rho); }
+
+}  // namespace
+
+void Sampling::to_unit_disk(double const& u, double const& v, double& radius, double& angle) {
+  double const a = u * 2.0 - 1.0;
+  double const b = v * 2.0 - 1.0;
+  // The strict and non-strict comparisons decide which sector owns each
+  // diagonal; the guards only matter at the exact centre.
+  if (a > -b) {
+    if (a > b) {
+      radius = a;
+      angle = (b / a) * k_sampling_quarter_pi;
+    } else {
+      radius = b;
+      angle = (2.0 - a / b) * k_sampling_quarter_pi;
+    }
+  } else {
+    if (a >= b) {
+      radius = -b;
+      angle = (-b > 0.0) ? (a / (-b) + 6.0) * k_sampling_quarter_pi : 0.0;
+    } else {
+      radius = -a;
+      angle = (-a > 0.0) ? (4.0 - b / (-a)) * k_sampling_quarter_pi : 0.0;
+    }
+  }
+}
+
+void Sampling::disk_concentric(double const& u, double const& v, GMathVec3<double>& point) {
+  double radius, angle;
+  to_unit_disk(u, v, radius, angle);
+  polar_point(angle, radius, 0.0, point);
+}
+
+void Sampling::disk_concentric(double const& u, double const& v, GMathVec3<double>& point,
+                               GMathVec3<double>& tangent, GMathVec3<double>& bitangent) {
+  double radius, angle;
+  to_unit_disk(u, v, radius, angle);
+  double const c = std::cos(angle);
+  double const s = std::sin(angle);
+  point.x = c * radius;
+  point.y = s * radius;
+  point.z = 0.0;
+  tangent.x = c;
+  tangent.y = s;
+  tangent.z = 0.0;
+  bitangent.x = -s;
+  bitangent.y = c;
+  bitangent.z = 0.0;
+}
+
+void Sampling::hemisphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
+                                  double const& radius_scale) {
+  double const rho = std::sin(u * k_sampling_half_pi) * radius_scale;
+  polar_point(k_sampling_two_pi * v, rho, lift(rho), direction);
+}
+
+void Sampling::hemisphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
+                                  GMathVec3<double>& tangent, GMathVec3<double>& bitangent,
+                                  double const& radius_scale) {
+  double const rho = std::sin(u * k_sampling_half_pi) * radius_scale;
+  polar_frame(k_sampling_two_pi * v, rho, lift(rho), direction, tangent, bitangent);
+}
+
+void Sampling::hemisphere_uniform_concentric(double const& u, double const& v,
+                                             GMathVec3<double>& direction,
+                                             double const& radius_scale) {
+  double radius, angle;
+  to_unit_disk(u, v, radius, angle);
+  double const rho = std::sin(radius * k_sampling_half_pi) * radius_scale;
+  polar_point(angle, rho, lift(rho), direction);
+}
+
+void Sampling::hemisphere_uniform_concentric(double const& u, double const& v,
+                                             GMathVec3<double>& direction,
+                                             GMathVec3<double>& tangent,
+                                             GMathVec3<double>& bitangent,
+                                             double const& radius_scale) {
+  double radius, angle;
+  to_unit_disk(u, v, radius, angle);
+  double const rho = std::sin(radius * k_sampling_half_pi) * radius_scale;
+  polar_frame(angle, rho, lift(rho), direction, tangent, bitangent);
+}
+
+void Sampling::hemisphere_cosine(double const& u, double const& v, GMathVec3<double>& direction,
+                                 double const& radius_scale) {
+  double const rho = u * radius_scale;
+  polar_point(k_sampling_two_pi * v, rho, lift(rho), direction);
+}
+
+void Sampling::hemisphere_cosine(double const& u, double const& v, GMathVec3<double>& direction,
+                                 GMathVec3<double>& tangent, GMathVec3<double>& bitangent,
+                                 double const& radius_scale) {
+  double const rho = u * radius_scale;
+  polar_frame(k_sampling_two_pi * v, rho, lift(rho), direction, tangent, bitangent);
+}
+
+void Sampling::hemisphere_cosine_concentric(double const& u, double const& v,
+                                            GMathVec3<double>& direction,
+                                            double const& radius_scale) {
+  double radius, angle;
+  to_unit_disk(u, v, radius, angle);
+  double const rho = radius * radius_scale;
+  polar_point(angle, rho, lift(rho), direction);
+}
+
+void Sampling::hemisphere_cosine_concentric(double const& u, double const& v,
+                                            GMathVec3<double>& direction,
+                                            GMathVec3<double>& tangent,
+                                            GMathVec3<double>& bitangent,
+                                            double const& radius_scale) {
+  double radius, angle;
+  to_unit_disk(u, v, radius, angle);
+  double const rho = radius * radius_scale;
+  polar_frame(angle, rho, lift(rho), direction, tangent, bitangent);
+}
+
+void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction) {
+  double const z = 1.0 - u * 2.0;
+  polar_point(k_sampling_two_pi * v, std::sqrt(1.0 - z * z), z, direction);
+}
+
+void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
+                              GMathVec3<double>& tangent, GMathVec3<double>& bitangent) {
+  double const z = 1.0 - u * 2.0;
+  polar_frame(k_sampling_two_pi * v, std::sqrt(1.0 - z * z), z, direction, tangent, bitangent);
+}
+
+void Sampling::sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction) {
+  double const z = std::sin(k_sampling_half_pi - u * k_sampling_pi);
+  polar_point(k_sampling_two_pi * v, std::sqrt(1.0 - z * z), z, direction);
+}
+
+void Sampling::sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction,
+                             GMathVec3<double>& tangent, GMathVec3<double>& bitangent) {
+  double const z = std::sin(k_sampling_half_pi - u * k_sampling_pi);
+  polar_frame(k_sampling_two_pi * v, std::sqrt(1.0 - z * z), z, direction, tangent, bitangent);
+}
+
+unsigned int Sampling::shuffle_index(unsigned int const& index, unsigned int const& count) {
+  unsigned int result = 0;
+  unsigned int m = count;
+  unsigned int i = index;
+  while (i != 0) {
+    unsigned int const down = m >> 1;
+    unsigned int const up = down + (m & 1u);
+    if (i & 1u) {
+      result += up;
+      m = down;
+    } else {
+      m = up;
+    }
+    i >>= 1;
+  }
+  return result;
+}
