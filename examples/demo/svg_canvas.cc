@@ -1,0 +1,63 @@
+#include "examples/demo/svg_canvas.h"
+
+#include <cstdio>
+#include <fstream>
+
+namespace {
+constexpr int k_margin = 10;
+constexpr int k_caption = 28;
+
+std::string number(double x) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof(buffer), "%.2f", x);
+  return buffer;
+}
+}  // namespace
+
+SvgCanvas::SvgCanvas(int size, std::string const& title) : m_size(size), m_title(title) {}
+
+double SvgCanvas::px(double u) const { return k_margin + u * m_size; }
+double SvgCanvas::py(double v) const { return k_margin + (1.0 - v) * m_size; }
+
+void SvgCanvas::dot(double u, double v, double r, std::string const& color) {
+  m_shapes.push_back("<circle cx=\"" + number(px(u)) + "\" cy=\"" + number(py(v)) + "\" r=\"" +
+                     number(r) + "\" fill=\"" + color + "\"/>");
+}
+
+void SvgCanvas::box(double u0, double v0, double u1, double v1, std::string const& color,
+                    double width) {
+  m_shapes.push_back("<rect x=\"" + number(px(u0)) + "\" y=\"" + number(py(v1)) + "\" width=\"" +
+                     number((u1 - u0) * m_size) + "\" height=\"" + number((v1 - v0) * m_size) +
+                     "\" fill=\"none\" stroke=\"" + color + "\" stroke-width=\"" +
+                     number(width) + "\"/>");
+}
+
+void SvgCanvas::line(double u0, double v0, double u1, double v1, std::string const& color,
+                     double width) {
+  m_shapes.push_back("<line x1=\"" + number(px(u0)) + "\" y1=\"" + number(py(v0)) + "\" x2=\"" +
+                     number(px(u1)) + "\" y2=\"" + number(py(v1)) + "\" stroke=\"" + color +
+                     "\" stroke-width=\"" + number(width) + "\"/>");
+}
+
+void SvgCanvas::circle(double u, double v, double r, std::string const& color, double width) {
+  m_shapes.push_back("<circle cx=\"" + number(px(u)) + "\" cy=\"" + number(py(v)) + "\" r=\"" +
+                     number(r * m_size) + "\" fill=\"none\" stroke=\"" + color +
+                     "\" stroke-width=\"" + number(width) + "\"/>");
+}
+
+bool SvgCanvas::save(std::string const& path) const {
+  std::ofstream out(path);
+  if (!out) return false;
+  int const w = m_size + 2 * k_margin;
+  int const h = w + k_caption;
+  out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << w << "\" height=\"" << h
+      << "\" viewBox=\"0 0 " << w << ' ' << h << "\">\n"
+      << "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
+      << "<rect x=\"" << k_margin << "\" y=\"" << k_margin << "\" width=\"" << m_size
+      << "\" height=\"" << m_size << "\" fill=\"none\" stroke=\"#999\"/>\n";
+  for (std::string const& shape : m_shapes) out << shape << '\n';
+  out << "<text x=\"" << k_margin << "\" y=\"" << (w + k_caption / 2 + 4)
+      << "\" font-family=\"sans-serif\" font-size=\"14\">" << m_title << "</text>\n</svg>\n";
+  out.close();
+  return static_cast<bool>(out);
+}
