@@ -17,10 +17,10 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
-# Usage requirements shared by every target of ours.
+# Flags every target of ours compiles with. Linked PRIVATE into the libraries,
+# so that none of it reaches a program that links the installed package.
 add_library(sampling_build_flags INTERFACE)
-target_include_directories(sampling_build_flags INTERFACE
-  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+target_include_directories(sampling_build_flags INTERFACE ${PROJECT_SOURCE_DIR})
 # Outputs are bit-exact functions of the written formulas: no contraction
 # into fused multiply-adds, no fast-math reassociation.
 target_compile_options(sampling_build_flags INTERFACE -ffp-contract=off -Wall -Wextra)
