@@ -4,9 +4,10 @@
 #   libgtest-dev          GoogleTest, the test framework
 #   libbenchmark-dev      Google Benchmark, the benchmark framework
 #   binutils              nm and readelf for the exported-symbol check
+#   pkg-config            the test that builds a consumer against the installed package
 # Usage: cmake/install-deps.sh [extra packages...]
 set -euo pipefail
-packages=(cmake g++ make libgtest-dev libbenchmark-dev binutils "$@")
+packages=(cmake g++ make libgtest-dev libbenchmark-dev binutils pkg-config "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
