@@ -5,10 +5,12 @@
 #   make asan    the test suite under AddressSanitizer + UndefinedBehaviorSanitizer
 #   make tsan    the test suite under ThreadSanitizer
 
+SHELL := /bin/bash
+
 DEMO_OUT ?= out/demo
 BENCH_ARGS ?=
 
-.PHONY: all deps test demo bench asan tsan format clean
+.PHONY: all deps test demo bench asan tsan fuzz format clean
 
 all: test
 
@@ -45,3 +47,17 @@ format:
 
 clean:
 	rm -rf build out
+
+# Every fuzz harness for FUZZ_SECONDS seconds, starting from its seed corpus
+# (new inputs go to a scratch folder, the checked-in corpus is only read).
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	@set -eo pipefail; for harness in build/fuzz/tests/fuzz/fuzz_*; do \
+	  name=$$(basename $$harness); scratch=$$(mktemp -d); \
+	  echo "== $$name for $(FUZZ_SECONDS) s"; \
+	  $$harness -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 $$scratch tests/fuzz/corpus/$$name 2>&1 | \
+	    grep -E 'stat::number_of_executed_units|ERROR|invariant|SUMMARY|Test unit written'; \
+	  rm -rf $$scratch; \
+	done

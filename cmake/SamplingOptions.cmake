@@ -5,6 +5,7 @@ option(SAMPLING_WERROR "Treat compiler warnings as errors" OFF)
 option(SAMPLING_BUILD_TESTS "Build the GoogleTest suite" ON)
 option(SAMPLING_BUILD_BENCH "Build the Google Benchmark suite" ON)
 option(SAMPLING_BUILD_EXAMPLES "Build the demo program" ON)
+option(SAMPLING_BUILD_FUZZERS "Build the libFuzzer harnesses (clang)" OFF)
 set(SAMPLING_SANITIZE "" CACHE STRING "Sanitizers to build with: '', 'address,undefined' or 'thread'")
 
 set(CMAKE_CXX_STANDARD 17)
@@ -29,6 +30,10 @@ if(SAMPLING_WERROR)
 endif()
 if(SAMPLING_CHECKS)
   target_compile_definitions(sampling_build_flags INTERFACE SAMPLING_CHECKS=1)
+endif()
+if(SAMPLING_BUILD_FUZZERS)
+  # Coverage instrumentation for everything; the harnesses add the driver.
+  target_compile_options(sampling_build_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(SAMPLING_SANITIZE)
   target_compile_options(sampling_build_flags INTERFACE
