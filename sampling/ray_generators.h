@@ -1,0 +1,8 @@
+#pragma once
+
+// The ray generators: every generator is reached through the
+// SampleRayGenerator base record (sampling/rays/sample_ray_generator.h); the
+// rays, differentials and frusta they fill are the platform records of
+// platform/math/ (docs/rays.md).
+
+#include "sampling/rays/sample_ray_generator.h"

@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <random>
+
+#include "platform/math/gmath_frustum.h"
+#include "platform/math/gmath_ray.h"
+#include "sampling/ray_generators.h"
+#include "sampling/rays/ray_math.h"
+
+namespace {
+
+GMathVec3<double> random_unit(std::mt19937_64& rng) {
+  std::normal_distribution<double> normal;
+  GMathVec3<double> v(normal(rng), normal(rng), normal(rng));
+  return v * (1.0 / v.length());
+}
+
+}  // namespace
+
+TEST(GMathRay, DefaultRecordAndTypeValues) {
+  GMathRay ray;
+  EXPECT_EQ(ray.m_origin, GMathVec3<double>(0.0, 0.0, 0.0));
+  EXPECT_EQ(ray.m_direction, GMathVec3<double>(0.0, 0.0, 1.0));
+  EXPECT_FALSE(ray.m_has_differentials);
+  EXPECT_EQ(ray.m_time, 0.0);
+  EXPECT_EQ(ray.m_aux[0] + ray.m_aux[1] + ray.m_aux_cleared[0] + ray.m_aux_cleared[1], 0.0);
+  EXPECT_EQ(ray.m_type, GMathRay::k_type_camera);
+  // The values the generators write as fixed types.
+  EXPECT_EQ(static_cast<unsigned int>(GMathRay::k_type_reflection), 3u);
+  EXPECT_EQ(static_cast<unsigned int>(GMathRay::k_type_refraction), 4u);
+  EXPECT_EQ(static_cast<unsigned int>(GMathRay::k_type_probe), 5u);
+  GMathFrustum frustum;
+  EXPECT_EQ(frustum.m_plane_count, 0u);
+}
+
+TEST(GMathBasicRay, SetDirectionDerivesInverseSignsAndMajorAxis) {
+  std::mt19937_64 rng(11);
+  std::uniform_real_distribution<double> any(-2.0, 2.0);
+  for (int i = 0; i < 2000; ++i) {
+    GMathVec3<double> d(any(rng), any(rng), any(rng));
+    // Exact zeros of either sign and ties between axes.
+    if (i % 7 == 0)
+      d.y = (i % 14 == 0) ? 0.0 : -0.0;
+    if (i % 11 == 0)
+      d.z = -d.x;
+    GMathBasicRay ray;
+    ray.set_direction(d);
+    ASSERT_EQ(std::memcmp(&ray.m_direction, &d, sizeof d), 0);
+    for (int k = 0; k < 3; ++k) {
+      double const inverse = 1.0 / d[k];
+      ASSERT_EQ(std::memcmp(&ray.m_inverse_direction[k], &inverse, sizeof inverse), 0) << i;
+      // The sign flag agrees with the infinity a zero component produces.
+      ASSERT_EQ(ray.m_sign[k], std::signbit(ray.m_inverse_direction[k]) ? 1u : 0u) << i;
+    }
+    unsigned int const m = ray.m_major_axis;
+    ASSERT_LT(m, 3u);
+    for (unsigned int k = 0; k < 3; ++k) {
+      ASSERT_GE(std::fabs(d[m]), std::fabs(d[k])) << i;
+      if (k < m) {
+        ASSERT_GT(std::fabs(d[m]), std::fabs(d[k])) << "ties go to the lower axis";
+      }
+    }
+  }
+}
+
+TEST(GMathRay, SetDifferentialsCopiesAndSummarisesTheCone) {
+  GMathRay ray(GMathVec3<double>(1.0, 2.0, 3.0), GMathVec3<double>(0.0, 0.0, 1.0));
+  ray.m_aux_cleared[0] = 7.0;
+  GMathRayDifferential d;
+  d.m_rx_origin = GMathVec3<double>(1.5, 2.0, 3.0);  // 0.5 away
+  d.m_ry_origin = GMathVec3<double>(1.0, 2.0, 3.0);  // at the origin
+  d.m_rx_direction = GMathVec3<double>(0.6, 0.0, 0.8);
+  d.m_ry_direction = GMathVec3<double>(0.0, 0.0, 1.0);
+  ray.set_differentials(d);
+  EXPECT_TRUE(ray.m_has_differentials);
+  EXPECT_EQ(std::memcmp(&ray.m_differential, &d, sizeof d), 0);
+  EXPECT_EQ(ray.m_aux[0], 0.5);
+  EXPECT_TRUE(std::fabs(ray.m_aux[1] - std::sqrt(0.4)) <= 1e-15) << ray.m_aux[1];
+  EXPECT_EQ(ray.m_aux_cleared[0], 7.0) << "set_differentials leaves the tracer's values";
+  // The larger of the two distances, whichever auxiliary ray it belongs to.
+  std::swap(d.m_rx_origin, d.m_ry_origin);
+  std::swap(d.m_rx_direction, d.m_ry_direction);
+  GMathRay swapped(ray.m_origin, ray.m_direction);
+  swapped.set_differentials(d);
+  EXPECT_EQ(swapped.m_aux[0], ray.m_aux[0]);
+  EXPECT_EQ(swapped.m_aux[1], ray.m_aux[1]);
+}
+
+TEST(OrthonormalBasis, FixedAxesAndRightHandedFrames) {
+  struct Case {
+    GMathVec3<double> n, t1, t2;
+  } const cases[] = {
+      {{0, 1, 0}, {0, 0, 1}, {1, 0, 0}},
+      {{0, -1, 0}, {1, 0, 0}, {0, 0, 1}},
+      {{0, 0, 1}, {1, 0, 0}, {0, 1, 0}},
+  };
+  for (Case const& c : cases) {
+    GMathVec3<double> t1, t2;
+    orthonormal_basis(c.n, t1, t2);
+    EXPECT_EQ(t1, c.t1) << c.n.x << " " << c.n.y << " " << c.n.z;
+    EXPECT_EQ(t2, c.t2) << c.n.x << " " << c.n.y << " " << c.n.z;
+  }
+  std::mt19937_64 rng(3);
+  for (int i = 0; i < 5000; ++i) {
+    GMathVec3<double> n = random_unit(rng);
+    // Every fifth one close to the Y axis, on both sides of the threshold.
+    if (i % 5 == 0) {
+      double const e = std::ldexp(1.0, -(i % 40));
+      n = GMathVec3<double>(e, (i % 2) ? 1.0 : -1.0, -e) * (1.0 / std::sqrt(1.0 + 2.0 * e * e));
+    }
+    GMathVec3<double> t1, t2;
+    orthonormal_basis(n, t1, t2);
+    GMathVec3<double> const c = cross(t1, t2);
+    double const err = std::fabs(t1.length() - 1.0) + std::fabs(t2.length() - 1.0) +
+                       std::fabs(dot(t1, t2)) + std::fabs(dot(t1, n)) + std::fabs(dot(t2, n)) +
+                       (c - n).length();
+    ASSERT_TRUE(err <= 1e-8) << "n = " << n.x << " " << n.y << " " << n.z;
+  }
+}
+
+TEST(SafeNormalize, ThresholdIsStrict) {
+  GMathVec3<double> const small(1e-8, 0.0, 0.0);
+  EXPECT_EQ(safe_normalize(small, 1e-8), GMathVec3<double>(0.0, 0.0, 0.0));
+  EXPECT_EQ(safe_normalize(small * 2.0, 1e-8), GMathVec3<double>(1.0, 0.0, 0.0));
+  GMathVec3<double> const v(3.0, 0.0, 4.0);
+  EXPECT_EQ(safe_normalize(v, 1e-8), v * (1.0 / 5.0));
+}
+
+namespace {
+
+// A generator of the test's own: rays from (u, v, m_height) along +z; the
+// discard mode drops samples with u >= 0.5.
+class ToyRayGenerator : public SampleRayGenerator {
+ public:
+  ToyRayGenerator() : m_height(0.0) { disable_clipping(); }
+  void disable_clipping() {
+    set_callbacks<ToyRayGenerator, &get_ray_callback, &get_rays_callback, &get_frustum_callback>();
+  }
+  void discard_right_half() {
+    set_callbacks<ToyRayGenerator, &get_ray_discard_callback, &get_rays_discard_callback,
+                  &get_frustum_callback>();
+  }
+  double m_height;
+
+ private:
+  static bool build(ToyRayGenerator const& g, GMathVec2<double> const& s, GMathRay& ray) {
+    ray.m_origin = GMathVec3<double>(s.x, s.y, g.m_height);
+    ray.set_direction(GMathVec3<double>(0.0, 0.0, 1.0));
+    clear_differentials(ray);
+    clear_aux_cleared(ray);
+    return true;
+  }
+  static bool build_discard(ToyRayGenerator const& g, GMathVec2<double> const& s, GMathRay& ray) {
+    return s.x < 0.5 && build(g, s, ray);
+  }
+  static bool get_ray_callback(ToyRayGenerator const& g, GMathVec2<double> const& s, GMathRay& ray,
+                               double* weight) {
+    store_unit_weight(weight);
+    return build(g, s, ray);
+  }
+  static bool get_ray_discard_callback(ToyRayGenerator const& g, GMathVec2<double> const& s,
+                                       GMathRay& ray, double* weight) {
+    store_unit_weight(weight);
+    return build_discard(g, s, ray);
+  }
+  static unsigned int get_rays_callback(ToyRayGenerator const& g, GMathVec2<double> const* s,
+                                        unsigned int const& count, GMathRay* rays,
+                                        double* weights) {
+    for (unsigned int i = 0; i < count; ++i)
+      build(g, s[i], rays[i]);
+    store_unit_weights(weights, count);
+    return count;
+  }
+  static unsigned int get_rays_discard_callback(ToyRayGenerator const& g,
+                                                GMathVec2<double> const* s,
+                                                unsigned int const& count, GMathRay* rays,
+                                                double* weights) {
+    unsigned int n = 0;
+    for (unsigned int i = 0; i < count; ++i)
+      n += build_discard(g, s[i], rays[n]) ? 1u : 0u;
+    store_unit_weights(weights, n);
+    return n;
+  }
+  static void get_frustum_callback(ToyRayGenerator const&, GMathVec2<double> const&,
+                                   GMathVec2<double> const&, GMathFrustum& frustum) {
+    frustum.m_plane_count = 0;
+  }
+};
+
+}  // namespace
+
+TEST(SampleRayGenerator, DispatchesThroughTheStoredCallbacks) {
+  ToyRayGenerator toy;
+  toy.m_height = 2.0;
+  SampleRayGenerator const& generator = toy;
+  GMathVec2<double> const samples[4] = {{0.25, 0.5}, {0.75, 0.5}, {0.0, 1.0}, {0.5, 0.0}};
+  GMathRay rays[4];
+  double weights[4] = {-1.0, -1.0, -1.0, -1.0};
+  ASSERT_EQ(generator.get_rays(samples, 4, rays, weights), 4u);
+  EXPECT_EQ(rays[1].m_origin, GMathVec3<double>(0.75, 0.5, 2.0));
+  EXPECT_EQ(weights[3], 1.0);
+
+  // A mode switch replaces the callbacks: rays are packed, weights follow.
+  toy.discard_right_half();
+  double packed_weights[4] = {-1.0, -1.0, -1.0, -1.0};
+  ASSERT_EQ(generator.get_rays(samples, 4, rays, packed_weights), 2u);
+  EXPECT_EQ(rays[0].m_origin, GMathVec3<double>(0.25, 0.5, 2.0));
+  EXPECT_EQ(rays[1].m_origin, GMathVec3<double>(0.0, 1.0, 2.0));
+  EXPECT_EQ(packed_weights[1], 1.0);
+  EXPECT_EQ(packed_weights[2], -1.0);
+  double weight = -1.0;
+  EXPECT_FALSE(generator.get_ray(samples[1], rays[0], &weight));
+  EXPECT_EQ(weight, 1.0);
+  EXPECT_EQ(generator.get_rays(samples, 0, rays, packed_weights), 0u);
+
+  // Assignment copies the callbacks along with the record.
+  ToyRayGenerator copy;
+  copy = toy;
+  EXPECT_EQ(copy.get_rays(samples, 4, rays, nullptr), 2u);
+  GMathFrustum frustum;
+  frustum.m_plane_count = 4;
+  frustum.m_plane_distance[2] = 3.0;
+  copy.get_frustum(samples[0], samples[1], frustum);
+  EXPECT_EQ(frustum.m_plane_count, 0u);
+  EXPECT_EQ(frustum.m_plane_distance[2], 3.0);
+}
