@@ -31,7 +31,7 @@ void StratifiedSampler2d::init(GRandomMt& random, unsigned int const& count_x,
   m_offset_y = 0.5 - (jitter_y * 0.5);
 }
 
-inline void StratifiedSampler2d::get_sample_xy(unsigned int const& ix, unsigned int const& iy,
+void StratifiedSampler2d::get_sample_xy(unsigned int const& ix, unsigned int const& iy,
                                                GMathVec2<double>& sample) {
   // x is stored before the second draw: the draw order is part of the stream.
   sample.x = ((unit_from_u32(m_random->genrand_int32()) * m_jitter_x + static_cast<double>(ix)) +
