@@ -22,7 +22,8 @@ std::uint64_t bits_of(double const& d) {
 // 32-bit bit reversal times 2^-32.
 double mirrored(unsigned n) {
   unsigned r = 0;
-  for (int i = 0; i < 32; ++i, n >>= 1) r = (r << 1) | (n & 1u);
+  for (int i = 0; i < 32; ++i, n >>= 1)
+    r = (r << 1) | (n & 1u);
   return r * 0x1p-32;
 }
 
@@ -35,14 +36,16 @@ std::vector<GMathVec2<double>> all_samples(HammersleySampler2d& s) {
 // Index of each point of a set, keyed by its v (strictly increasing in k).
 std::map<double, unsigned> index_by_v(std::vector<GMathVec2<double>> const& points) {
   std::map<double, unsigned> m;
-  for (unsigned k = 0; k < points.size(); ++k) m[points[k].y] = k;
+  for (unsigned k = 0; k < points.size(); ++k)
+    m[points[k].y] = k;
   return m;
 }
 
 // P is the smallest power of two with (count >> log2 P) <= size.
 bool smallest_fitting_power(unsigned p, unsigned count, unsigned size) {
   unsigned k = 0;
-  while ((1u << k) < p) ++k;
+  while ((1u << k) < p)
+    ++k;
   return (1u << k) == p && (count >> k) <= size && (k == 0 || (count >> (k - 1)) > size);
 }
 
@@ -166,9 +169,8 @@ TEST(HammersleySampler2d, PacketGridPartitionsTheSetAndBoxesHoldTheirSamples) {
   std::vector<GMathVec2<double>> packet;
   for (unsigned nx : {1u, 2u, 3u, 5u, 6u, 7u, 9u, 10u, 13u, 16u, 33u}) {
     for (unsigned ny : {1u, 2u, 3u, 5u, 8u, 17u}) {
-      for (auto const& ps : {std::make_pair(1u, 1u), std::make_pair(2u, 2u),
-                            std::make_pair(3u, 2u), std::make_pair(4u, 1u),
-                            std::make_pair(2u, 5u)}) {
+      for (auto const& ps : {std::make_pair(1u, 1u), std::make_pair(2u, 2u), std::make_pair(3u, 2u),
+                             std::make_pair(4u, 1u), std::make_pair(2u, 5u)}) {
         for (unsigned seed : {0u, 12345u}) {
           s.init(seed, nx, ny, ps.first, ps.second);
           unsigned const n = nx * ny, px = s.get_packet_count_x(), py = s.get_packet_count_y();
@@ -214,7 +216,8 @@ TEST(HammersleySampler2d, PacketGridPartitionsTheSetAndBoxesHoldTheirSamples) {
                   << where << " packet " << p << " v " << packet[j].y;
             }
           }
-          for (unsigned k = 0; k < n; ++k) ASSERT_EQ(hits[k], 1) << where << " index " << k;
+          for (unsigned k = 0; k < n; ++k)
+            ASSERT_EQ(hits[k], 1) << where << " index " << k;
         }
       }
     }
@@ -303,7 +306,8 @@ TEST(HammersleySampler2d, SubSetsPartitionTheWholeSet) {
           }
         }
         for (unsigned k = 0; k < points.size(); ++k) {
-          ASSERT_EQ(hits[k], 1) << subsets << " sets of " << count << " seed " << seed << " point " << k;
+          ASSERT_EQ(hits[k], 1) << subsets << " sets of " << count << " seed " << seed << " point "
+                                << k;
         }
       }
     }

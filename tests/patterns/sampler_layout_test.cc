@@ -24,25 +24,46 @@ std::size_t offset(R const& record, F const& field) {
 
 struct StratifiedSampler2dLayout {
   static std::vector<std::size_t> offsets(StratifiedSampler2d const& s) {
-    return {offset(s, s.m_get_sample_callback), offset(s, s.m_get_all_samples_callback),
-            offset(s, s.m_get_packet_samples_callback), offset(s, s.m_sample_count),
-            offset(s, s.m_packet_count), offset(s, s.m_random), offset(s, s.m_count_x),
-            offset(s, s.m_count_y), offset(s, s.m_packet_count_x), offset(s, s.m_packet_count_y),
-            offset(s, s.m_packet_size_x), offset(s, s.m_packet_size_y),
-            offset(s, s.m_inv_count_x), offset(s, s.m_inv_count_y), offset(s, s.m_jitter_x),
-            offset(s, s.m_jitter_y), offset(s, s.m_offset_x), offset(s, s.m_offset_y)};
+    return {offset(s, s.m_get_sample_callback),
+            offset(s, s.m_get_all_samples_callback),
+            offset(s, s.m_get_packet_samples_callback),
+            offset(s, s.m_sample_count),
+            offset(s, s.m_packet_count),
+            offset(s, s.m_random),
+            offset(s, s.m_count_x),
+            offset(s, s.m_count_y),
+            offset(s, s.m_packet_count_x),
+            offset(s, s.m_packet_count_y),
+            offset(s, s.m_packet_size_x),
+            offset(s, s.m_packet_size_y),
+            offset(s, s.m_inv_count_x),
+            offset(s, s.m_inv_count_y),
+            offset(s, s.m_jitter_x),
+            offset(s, s.m_jitter_y),
+            offset(s, s.m_offset_x),
+            offset(s, s.m_offset_y)};
   }
 };
 
 struct HammersleySampler2dLayout {
   static std::vector<std::size_t> offsets(HammersleySampler2d const& s) {
-    return {offset(s, s.m_get_sample_callback), offset(s, s.m_get_all_samples_callback),
-            offset(s, s.m_get_packet_samples_callback), offset(s, s.m_sample_count),
-            offset(s, s.m_packet_count), offset(s, s.m_count_x), offset(s, s.m_count_y),
-            offset(s, s.m_packet_count_x), offset(s, s.m_packet_count_y), offset(s, s.m_seed),
-            offset(s, s.m_subset_index), offset(s, s.m_subset_count),
-            offset(s, s.m_inv_packet_count_x), offset(s, s.m_inv_packet_count_y),
-            offset(s, s.m_band_size), offset(s, s.m_v_offset), offset(s, s.m_inv_point_count)};
+    return {offset(s, s.m_get_sample_callback),
+            offset(s, s.m_get_all_samples_callback),
+            offset(s, s.m_get_packet_samples_callback),
+            offset(s, s.m_sample_count),
+            offset(s, s.m_packet_count),
+            offset(s, s.m_count_x),
+            offset(s, s.m_count_y),
+            offset(s, s.m_packet_count_x),
+            offset(s, s.m_packet_count_y),
+            offset(s, s.m_seed),
+            offset(s, s.m_subset_index),
+            offset(s, s.m_subset_count),
+            offset(s, s.m_inv_packet_count_x),
+            offset(s, s.m_inv_packet_count_y),
+            offset(s, s.m_band_size),
+            offset(s, s.m_v_offset),
+            offset(s, s.m_inv_point_count)};
   }
 };
 

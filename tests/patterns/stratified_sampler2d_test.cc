@@ -52,7 +52,8 @@ TEST(StratifiedSampler2d, JitterZeroGivesStratumCentresInRowOrder) {
     EXPECT_DOUBLE_EQ(out[i].y, i < 3 ? 0.25 : 0.75) << i;
   }
   // Two draws per sample even without jitter.
-  for (int i = 0; i < 12; ++i) reference.genrand_int32();
+  for (int i = 0; i < 12; ++i)
+    reference.genrand_int32();
   EXPECT_EQ(mt.genrand_int32(), reference.genrand_int32());
 }
 
@@ -61,16 +62,17 @@ TEST(StratifiedSampler2d, AllSamplesGetSampleAndPacketsFollowTheFormulaBitForBit
     unsigned nx, ny, px, py;
     double jx, jy;
   };
-  for (Case const& c : {Case{3, 2, 1, 1, 0.0, 0.0}, Case{7, 5, 3, 2, 1.0, 1.0},
-                        Case{5, 1, 2, 1, 0.7, 0.3}, Case{4, 4, 4, 4, 1.0, 0.5},
-                        Case{2, 3, 5, 5, 0.25, 1.0}, Case{9, 7, 1, 3, 1.0, 1.0}}) {
+  for (Case const& c :
+       {Case{3, 2, 1, 1, 0.0, 0.0}, Case{7, 5, 3, 2, 1.0, 1.0}, Case{5, 1, 2, 1, 0.7, 0.3},
+        Case{4, 4, 4, 4, 1.0, 0.5}, Case{2, 3, 5, 5, 0.25, 1.0}, Case{9, 7, 1, 3, 1.0, 1.0}}) {
     GRandomMt mt(11), ref(11);
     StratifiedSampler2d s;
     s.init(mt, c.nx, c.ny, c.px, c.py, c.jx, c.jy);
     unsigned const n = c.nx * c.ny;
     std::vector<GMathVec2<double>> all(n), one(n), packet(n);
     s.get_all_samples(all.data());
-    for (unsigned i = 0; i < n; ++i) s.get_sample(i, one[i]);
+    for (unsigned i = 0; i < n; ++i)
+      s.get_sample(i, one[i]);
     for (unsigned i = 0; i < n; ++i) {
       GMathVec2<double> const e = plain_sample(ref, i % c.nx, i / c.nx, c.nx, c.ny, c.jx, c.jy);
       EXPECT_TRUE(same_bits(all[i], e)) << c.nx << "x" << c.ny << " all, index " << i;
@@ -104,7 +106,8 @@ TEST(StratifiedSampler2d, AllSamplesGetSampleAndPacketsFollowTheFormulaBitForBit
         }
       }
     }
-    for (unsigned i = 0; i < n; ++i) EXPECT_EQ(hits[i], 1) << "stratum " << i;
+    for (unsigned i = 0; i < n; ++i)
+      EXPECT_EQ(hits[i], 1) << "stratum " << i;
     // A packet number equal to P writes nothing.
     GMathVec2<double> sentinel(-1.0, -1.0), c0, c1;
     EXPECT_EQ(s.get_packet_samples(pcx * pcy, &sentinel, c0, c1), 0u);

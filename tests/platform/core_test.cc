@@ -17,12 +17,16 @@
 
 TEST(CoreArray, ResizeZeroesResizeKeepKeepsClearFrees) {
   CoreArray<GMathVec2<double>> a(3);
-  for (auto const& p : a) EXPECT_EQ(p, GMathVec2<double>(0.0, 0.0));
-  for (std::size_t i = 0; i < 3; ++i) a[i] = GMathVec2<double>(i + 1.0, -1.0);
+  for (auto const& p : a)
+    EXPECT_EQ(p, GMathVec2<double>(0.0, 0.0));
+  for (std::size_t i = 0; i < 3; ++i)
+    a[i] = GMathVec2<double>(i + 1.0, -1.0);
   // resize discards: the same size comes back zeroed.
   a.resize(3);
-  for (auto const& p : a) EXPECT_EQ(p, GMathVec2<double>(0.0, 0.0));
-  for (std::size_t i = 0; i < 3; ++i) a[i] = GMathVec2<double>(i + 1.0, -1.0);
+  for (auto const& p : a)
+    EXPECT_EQ(p, GMathVec2<double>(0.0, 0.0));
+  for (std::size_t i = 0; i < 3; ++i)
+    a[i] = GMathVec2<double>(i + 1.0, -1.0);
   a.resize_keep(5);
   ASSERT_EQ(a.count(), 5u);
   EXPECT_EQ(a[2], GMathVec2<double>(3.0, -1.0));
@@ -46,7 +50,8 @@ TEST(CoreArray, ResizeZeroesResizeKeepKeepsClearFrees) {
 
 TEST(CoreArray, CopiesAreDeepAndMovesEmptyTheSource) {
   CoreArray<double> a(4);
-  for (std::size_t i = 0; i < 4; ++i) a[i] = 0.5 * i;
+  for (std::size_t i = 0; i < 4; ++i)
+    a[i] = 0.5 * i;
   CoreArray<double> b(a);
   CoreArray<double> c;
   c = a;
@@ -95,7 +100,8 @@ TEST(CoreAtomic64, ConcurrentCompareAndSwap) {
         std::uint64_t v = counter.get();
         for (;;) {
           std::uint64_t const found = counter.compare_and_swap(v, v + 1);
-          if (found == v) break;
+          if (found == v)
+            break;
           v = found;
         }
       }
@@ -109,10 +115,12 @@ TEST(CoreAtomic64, ConcurrentCompareAndSwap) {
       }
     });
   }
-  for (auto& th : pool) th.join();
+  for (auto& th : pool)
+    th.join();
   EXPECT_EQ(counter.get(), std::uint64_t(threads) * rounds);
   for (unsigned s = 0; s < 64; ++s) {
-    for (unsigned t = 0; t < threads; ++t) EXPECT_EQ(seen[t][s], slots[s].get()) << s;
+    for (unsigned t = 0; t < threads; ++t)
+      EXPECT_EQ(seen[t][s], slots[s].get()) << s;
     EXPECT_EQ((slots[s].get() - 1) % 64, s);
   }
 }

@@ -24,8 +24,8 @@ TEST(SamplingPointSets, DiskUniformRingsFromTheOutsideIn) {
       EXPECT_EQ(points[at].y, 0.0) << "N " << n << " ring " << k;
       for (unsigned j = 0; j < m; ++j, ++at) {
         double const phi = k_sampling_two_pi * j / m;
-        double const err = std::hypot(points[at].x - std::cos(phi) * r,
-                                      points[at].y - std::sin(phi) * r);
+        double const err =
+            std::hypot(points[at].x - std::cos(phi) * r, points[at].y - std::sin(phi) * r);
         EXPECT_TRUE(err <= 1e-12) << "N " << n << " ring " << k << " point " << j;
       }
     }
@@ -53,7 +53,8 @@ TEST(SamplingPointSets, GridUniformCornersAndRowOrder) {
   EXPECT_EQ(points[3], Vec2(3, 5));
   Sampling::grid_uniform(points, 3, Vec2(0, 0), Vec2(1, 1));
   double const c[3] = {0, 0.5, 1};
-  for (unsigned i = 0; i < 9; ++i) EXPECT_EQ(points[i], Vec2(c[i % 3], c[i / 3])) << i;
+  for (unsigned i = 0; i < 9; ++i)
+    EXPECT_EQ(points[i], Vec2(c[i % 3], c[i / 3])) << i;
   // A reversed box runs in the negative direction, x fastest.
   Sampling::grid_uniform(points, 6, Vec2(2, 1), Vec2(-3, -1));
   ASSERT_EQ(points.count(), 36u);

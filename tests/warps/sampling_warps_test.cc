@@ -33,8 +33,12 @@ std::uint64_t bits_of(double const& d) {
   return b;
 }
 
-double dot(Vec3 const& a, Vec3 const& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-double dist(Vec3 const& a, Vec3 const& b) { return (a - b).length(); }
+double dot(Vec3 const& a, Vec3 const& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+double dist(Vec3 const& a, Vec3 const& b) {
+  return (a - b).length();
+}
 
 }  // namespace
 
@@ -57,11 +61,11 @@ TEST(SamplingWarps, ToUnitDiskCentreEdgesCornersAndDiagonals) {
   };
   // Each diagonal belongs to the sector that the strict and non-strict
   // comparisons give it: angles K, 3K, 5K and 7K (not -K).
-  for (Case const& c : {Case{1, 0.5, 1, 0}, Case{0.5, 1, 1, 2 * K}, Case{0, 0.5, 1, 4 * K},
-                        Case{0.5, 0, 1, 6 * K}, Case{1, 1, 1, K}, Case{0, 1, 1, 3 * K},
-                        Case{0, 0, 1, 5 * K}, Case{1, 0, 1, 7 * K}, Case{0.75, 0.75, 0.5, K},
-                        Case{0.25, 0.75, 0.5, 3 * K}, Case{0.25, 0.25, 0.5, 5 * K},
-                        Case{0.75, 0.25, 0.5, 7 * K}}) {
+  for (Case const& c :
+       {Case{1, 0.5, 1, 0}, Case{0.5, 1, 1, 2 * K}, Case{0, 0.5, 1, 4 * K}, Case{0.5, 0, 1, 6 * K},
+        Case{1, 1, 1, K}, Case{0, 1, 1, 3 * K}, Case{0, 0, 1, 5 * K}, Case{1, 0, 1, 7 * K},
+        Case{0.75, 0.75, 0.5, K}, Case{0.25, 0.75, 0.5, 3 * K}, Case{0.25, 0.25, 0.5, 5 * K},
+        Case{0.75, 0.25, 0.5, 7 * K}}) {
     Sampling::to_unit_disk(c.u, c.v, r, a);
     EXPECT_EQ(r, c.radius) << c.u << ", " << c.v;
     EXPECT_EQ(a, c.angle) << c.u << ", " << c.v;
@@ -78,7 +82,8 @@ TEST(SamplingWarps, ToUnitDiskCentreEdgesCornersAndDiagonals) {
     double const x = u * 2.0 - 1.0, y = v * 2.0 - 1.0;
     Sampling::to_unit_disk(u, v, r, a);
     EXPECT_EQ(r, std::max(std::fabs(x), std::fabs(y))) << u << ", " << v;
-    double const lo = x > std::fabs(y) ? -K : (y >= std::fabs(x) ? K : (x < -std::fabs(y) ? 3 * K : 5 * K));
+    double const lo =
+        x > std::fabs(y) ? -K : (y >= std::fabs(x) ? K : (x < -std::fabs(y) ? 3 * K : 5 * K));
     EXPECT_TRUE(a >= lo && a <= lo + 2 * K && a > -K) << u << ", " << v << " angle " << a;
   }
 }
@@ -98,10 +103,9 @@ TEST(SamplingWarps, WorkedExamples) {
     EXPECT_EQ(d, Vec3(std::cos(k_sampling_two_pi * v), std::sin(k_sampling_two_pi * v), 0)) << v;
     // Radius scale 0 sends every hemisphere warp to the pole.
     using Hemisphere = void (*)(double const&, double const&, Vec3&, double const&);
-    Hemisphere const hemispheres[] = {&Sampling::hemisphere_uniform,
-                                      &Sampling::hemisphere_uniform_concentric,
-                                      &Sampling::hemisphere_cosine,
-                                      &Sampling::hemisphere_cosine_concentric};
+    Hemisphere const hemispheres[] = {
+        &Sampling::hemisphere_uniform, &Sampling::hemisphere_uniform_concentric,
+        &Sampling::hemisphere_cosine, &Sampling::hemisphere_cosine_concentric};
     for (Hemisphere const warp : hemispheres) {
       warp(0.3, v, d, 0.0);
       EXPECT_EQ(d, Vec3(0, 0, 1)) << v;
@@ -127,21 +131,21 @@ TEST(SamplingWarps, FramesAreOrthonormalRightHandedAndDomainsHold) {
     Framed framed;
     bool hemisphere;
   };
-#define HEMI(f)                                                                         \
-  Warp{#f, [](double u, double v, Vec3& d, double s) { Sampling::f(u, v, d, s); },     \
-       [](double u, double v, Vec3& d, Vec3& t, Vec3& b, double s) {                    \
-         Sampling::f(u, v, d, t, b, s);                                                 \
-       },                                                                               \
+#define HEMI(f)                                                                    \
+  Warp{#f, [](double u, double v, Vec3& d, double s) { Sampling::f(u, v, d, s); }, \
+       [](double u, double v, Vec3& d, Vec3& t, Vec3& b, double s) {               \
+         Sampling::f(u, v, d, t, b, s);                                            \
+       },                                                                          \
        true}
-#define SPHERE(f)                                                                       \
-  Warp{#f, [](double u, double v, Vec3& d, double) { Sampling::f(u, v, d); },          \
-       [](double u, double v, Vec3& d, Vec3& t, Vec3& b, double) {                      \
-         Sampling::f(u, v, d, t, b);                                                    \
-       },                                                                               \
-       false}
+#define SPHERE(f)                                                                               \
+  Warp {                                                                                        \
+#f, [](double u, double v, Vec3& d,                                                         \
+           double) { Sampling::f(u, v, d); }, [](double u, double v, Vec3& d, Vec3& t, Vec3& b, \
+                                                 double) { Sampling::f(u, v, d, t, b); }, false \
+  }
   Warp const warps[] = {HEMI(hemisphere_uniform), HEMI(hemisphere_uniform_concentric),
-                        HEMI(hemisphere_cosine), HEMI(hemisphere_cosine_concentric),
-                        SPHERE(sphere_uniform), SPHERE(sphere_cosine)};
+                        HEMI(hemisphere_cosine),  HEMI(hemisphere_cosine_concentric),
+                        SPHERE(sphere_uniform),   SPHERE(sphere_cosine)};
 #undef HEMI
 #undef SPHERE
   Uniform uniform(2);
@@ -155,9 +159,9 @@ TEST(SamplingWarps, FramesAreOrthonormalRightHandedAndDomainsHold) {
         w.plain(u, v, plain, s);
         w.framed(u, v, d, t, b, s);
         ASSERT_EQ(std::memcmp(&plain, &d, sizeof d), 0) << w.name << " " << u << ", " << v;
-        double const err = std::max({std::fabs(d.length() - 1), std::fabs(t.length() - 1),
-                                     std::fabs(b.length() - 1), std::fabs(dot(t, b)),
-                                     dist(cross(t, b), d)});
+        double const err =
+            std::max({std::fabs(d.length() - 1), std::fabs(t.length() - 1),
+                      std::fabs(b.length() - 1), std::fabs(dot(t, b)), dist(cross(t, b), d)});
         EXPECT_TRUE(err <= 1e-12) << w.name << " s " << s << " at " << u << ", " << v;
         EXPECT_TRUE(d.z >= z_min) << w.name << " s " << s << " z " << d.z;
         EXPECT_EQ(t.z, 0.0);
@@ -170,9 +174,9 @@ TEST(SamplingWarps, FramesAreOrthonormalRightHandedAndDomainsHold) {
     Sampling::disk_concentric(u, v, plain);
     Sampling::disk_concentric(u, v, p, t, b);
     ASSERT_EQ(std::memcmp(&plain, &p, sizeof p), 0) << u << ", " << v;
-    double const err = std::max({std::fabs(t.length() - 1), std::fabs(b.length() - 1),
-                                 std::fabs(dot(t, b)), dist(cross(t, b), Vec3(0, 0, 1)),
-                                 dist(cross(t, p), Vec3())});
+    double const err =
+        std::max({std::fabs(t.length() - 1), std::fabs(b.length() - 1), std::fabs(dot(t, b)),
+                  dist(cross(t, b), Vec3(0, 0, 1)), dist(cross(t, p), Vec3())});
     EXPECT_TRUE(err <= 1e-12 && p.length() <= 1 + 1e-15) << u << ", " << v;
     EXPECT_TRUE(p.z == 0.0 && t.z == 0.0 && b.z == 0.0);
   }
@@ -181,7 +185,9 @@ TEST(SamplingWarps, FramesAreOrthonormalRightHandedAndDomainsHold) {
 namespace {
 
 // Azimuth of a direction as a fraction of the full turn, in [0, 1].
-double turn(Vec3 const& d) { return std::atan2(d.y, d.x) / (2 * std::acos(-1.0)) + 0.5; }
+double turn(Vec3 const& d) {
+  return std::atan2(d.y, d.x) / (2 * std::acos(-1.0)) + 0.5;
+}
 
 ChiSquareResult run_chi_square(ChiSquareDomain const& domain, unsigned seed,
                                std::function<void(double, double, Vec3&)> const& warp,
@@ -205,7 +211,8 @@ ChiSquareResult run_chi_square(ChiSquareDomain const& domain, unsigned seed,
 
 TEST(SamplingWarps, SphereUniformIsUniformOverTheSphere) {
   auto const r = run_chi_square(
-      {0, 1, -1, 1, 51, 101}, 11, [](double u, double v, Vec3& d) { Sampling::sphere_uniform(u, v, d); },
+      {0, 1, -1, 1, 51, 101}, 11,
+      [](double u, double v, Vec3& d) { Sampling::sphere_uniform(u, v, d); },
       [](Vec3 const& d) { return d.z; }, [](double, double) { return 0.5; });
   EXPECT_TRUE(r.passed) << r.message;
 }
@@ -230,15 +237,24 @@ TEST(SamplingWarps, HemisphereCosineConcentricIsCosineWeightedInsideItsCone) {
 
 TEST(SamplingWarps, DiskConcentricIsUniformOverTheDisk) {
   auto const r = run_chi_square(
-      {0, 1, 0, 1, 51, 101}, 14, [](double u, double v, Vec3& p) { Sampling::disk_concentric(u, v, p); },
+      {0, 1, 0, 1, 51, 101}, 14,
+      [](double u, double v, Vec3& p) { Sampling::disk_concentric(u, v, p); },
       [](Vec3 const& p) { return p.x * p.x + p.y * p.y; }, [](double, double) { return 1.0; });
   EXPECT_TRUE(r.passed) << r.message;
 }
 
 TEST(SamplingShuffleIndex, WorkedTables) {
-  std::vector<std::vector<unsigned>> const tables = {
-      {}, {}, {}, {}, {}, {0, 3, 2, 4, 1}, {}, {0, 4, 2, 6, 1, 5, 3}, {0, 4, 2, 6, 1, 5, 3, 7},
-      {}, {0, 5, 3, 8, 2, 7, 4, 9, 1, 6}};
+  std::vector<std::vector<unsigned>> const tables = {{},
+                                                     {},
+                                                     {},
+                                                     {},
+                                                     {},
+                                                     {0, 3, 2, 4, 1},
+                                                     {},
+                                                     {0, 4, 2, 6, 1, 5, 3},
+                                                     {0, 4, 2, 6, 1, 5, 3, 7},
+                                                     {},
+                                                     {0, 5, 3, 8, 2, 7, 4, 9, 1, 6}};
   for (unsigned count = 0; count < tables.size(); ++count) {
     for (unsigned i = 0; i < tables[count].size(); ++i) {
       EXPECT_EQ(Sampling::shuffle_index(i, count), tables[count][i]) << i << " of " << count;
@@ -249,8 +265,10 @@ TEST(SamplingShuffleIndex, WorkedTables) {
   EXPECT_EQ(Sampling::shuffle_index(7, 5), 5u);
   EXPECT_EQ(Sampling::shuffle_index(8, 8), 1u);
   EXPECT_EQ(Sampling::shuffle_index(9, 8), 5u);
-  for (unsigned i : {0u, 1u, 77u, 4294967295u}) EXPECT_EQ(Sampling::shuffle_index(i, 0), 0u);
-  for (unsigned n : {1u, 6u, 1000u, 4294967295u}) EXPECT_EQ(Sampling::shuffle_index(0, n), 0u);
+  for (unsigned i : {0u, 1u, 77u, 4294967295u})
+    EXPECT_EQ(Sampling::shuffle_index(i, 0), 0u);
+  for (unsigned n : {1u, 6u, 1000u, 4294967295u})
+    EXPECT_EQ(Sampling::shuffle_index(0, n), 0u);
 }
 
 TEST(SamplingShuffleIndex, IsTheRankOfTheRadicalInverseAndABijection) {
@@ -259,9 +277,8 @@ TEST(SamplingShuffleIndex, IsTheRankOfTheRadicalInverseAndABijection) {
     // index is its place in that order.
     std::vector<unsigned> order(count);
     std::iota(order.begin(), order.end(), 0u);
-    std::sort(order.begin(), order.end(), [](unsigned a, unsigned b) {
-      return radical_inverse_2(a) < radical_inverse_2(b);
-    });
+    std::sort(order.begin(), order.end(),
+              [](unsigned a, unsigned b) { return radical_inverse_2(a) < radical_inverse_2(b); });
     std::vector<int> hit(count, 0);
     for (unsigned rank = 0; rank < count; ++rank) {
       unsigned const got = Sampling::shuffle_index(order[rank], count);
@@ -272,9 +289,8 @@ TEST(SamplingShuffleIndex, IsTheRankOfTheRadicalInverseAndABijection) {
     // Indices beyond the count get their insertion position.
     for (unsigned index = count; index < count + 40; ++index) {
       double const ri = radical_inverse_2(index);
-      unsigned const below = static_cast<unsigned>(
-          std::count_if(order.begin(), order.end(),
-                        [ri](unsigned j) { return radical_inverse_2(j) < ri; }));
+      unsigned const below = static_cast<unsigned>(std::count_if(
+          order.begin(), order.end(), [ri](unsigned j) { return radical_inverse_2(j) < ri; }));
       ASSERT_EQ(Sampling::shuffle_index(index, count), below) << index << " of " << count;
     }
   }
