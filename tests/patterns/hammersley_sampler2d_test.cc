@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <map>
-#include <string>
 #include <vector>
 
 #include "platform/random/grandom_mt.h"
@@ -27,14 +27,25 @@ double mirrored(unsigned n) {
   return r * 0x1p-32;
 }
 
-std::vector<GMathVec2<double>> all_samples(HammersleySampler2d& s) {
-  std::vector<GMathVec2<double>> out(s.get_sample_count());
-  s.get_all_samples(out.data());
-  return out;
+using Points = std::vector<GMathVec2<double>>;
+
+bool same_bits(Points const& a, Points const& b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
+}
+
+// All points of the sampler, after checking that get_sample gives each of them
+// bit for bit.
+Points all_samples(HammersleySampler2d& s) {
+  Points all(s.get_sample_count()), one(all.size());
+  s.get_all_samples(all.data());
+  for (unsigned k = 0; k < one.size(); ++k)
+    s.get_sample(k, one[k]);
+  EXPECT_TRUE(same_bits(all, one));
+  return all;
 }
 
 // Index of each point of a set, keyed by its v (strictly increasing in k).
-std::map<double, unsigned> index_by_v(std::vector<GMathVec2<double>> const& points) {
+std::map<double, unsigned> index_by_v(Points const& points) {
   std::map<double, unsigned> m;
   for (unsigned k = 0; k < points.size(); ++k)
     m[points[k].y] = k;
@@ -72,45 +83,33 @@ TEST(HammersleySampler2d, RadicalInversesAndTheirConstants) {
 }
 
 TEST(HammersleySampler2d, WorkedExamplesWithSeedZero) {
+  using V = GMathVec2<double>;
   HammersleySampler2d s;
   s.init(0, 4, 4);
-  GMathVec2<double> p;
-  s.get_sample(1, p);
-  EXPECT_EQ(p, GMathVec2<double>(0.5, 0.0625));
-  s.get_sample(2, p);
-  EXPECT_EQ(p, GMathVec2<double>(0.25, 0.125));
-  s.get_sample(3, p);
-  EXPECT_EQ(p, GMathVec2<double>(0.75, 0.1875));
-
-  GMathVec2<double> out[16], c0, c1;
+  Points const all = all_samples(s);
+  EXPECT_EQ(all[1], V(0.5, 0.0625));
+  EXPECT_EQ(all[2], V(0.25, 0.125));
+  EXPECT_EQ(all[3], V(0.75, 0.1875));
+  // 4x4 in packets of 2x2: packet p holds every other index of its band.
   s.init(0, 4, 4, 2, 2);
   ASSERT_EQ(s.get_packet_count(), 4u);
+  V out[16], c0, c1;
   ASSERT_EQ(s.get_packet_samples(0, out, c0, c1), 4u);
-  EXPECT_EQ(out[0], GMathVec2<double>(0.0, 0.0));
-  EXPECT_EQ(out[1], GMathVec2<double>(0.25, 0.125));
-  EXPECT_EQ(out[2], GMathVec2<double>(0.125, 0.25));
-  EXPECT_EQ(out[3], GMathVec2<double>(0.375, 0.375));
-  EXPECT_EQ(c0, GMathVec2<double>(0.0, 0.0));
-  EXPECT_EQ(c1, GMathVec2<double>(0.5, 0.5));
+  EXPECT_TRUE(out[0] == V(0, 0) && out[1] == V(0.25, 0.125) && out[2] == V(0.125, 0.25) &&
+              out[3] == V(0.375, 0.375));
+  EXPECT_TRUE(c0 == V(0, 0) && c1 == V(0.5, 0.5));
   ASSERT_EQ(s.get_packet_samples(1, out, c0, c1), 4u);
-  EXPECT_EQ(out[0].y, 1 / 16.0);
-  EXPECT_EQ(out[3].y, 7 / 16.0);
-  EXPECT_EQ(c0, GMathVec2<double>(0.5, 0.0));
-  EXPECT_EQ(c1, GMathVec2<double>(1.0, 0.5));
+  EXPECT_TRUE(out[0] == all[1] && out[3] == all[7] && c0 == V(0.5, 0) && c1 == V(1, 0.5));
   ASSERT_EQ(s.get_packet_samples(3, out, c0, c1), 4u);
-  EXPECT_EQ(out[0].y, 9 / 16.0);
-  EXPECT_EQ(out[3].y, 15 / 16.0);
-  EXPECT_EQ(c0, GMathVec2<double>(0.5, 0.5));
-  EXPECT_EQ(c1, GMathVec2<double>(1.0, 1.0));
-
+  EXPECT_TRUE(out[0] == all[9] && out[3] == all[15] && c0 == V(0.5, 0.5) && c1 == V(1, 1));
   s.init(0, 10, 1, 2, 1);
   EXPECT_EQ(s.get_packet_count_x(), 4u);
-  // Five points in two packet columns: the first packet holds three.
+  // Five points in two packet columns: 0, 2, 4 and 1, 3.
   s.init(0, 5, 1, 2, 1);
   ASSERT_EQ(s.get_packet_count(), 2u);
-  ASSERT_EQ(s.get_packet_samples(0, out, c0, c1), 3u);
+  EXPECT_EQ(s.get_packet_samples(0, out, c0, c1), 3u);
   EXPECT_EQ(out[2].y, 4 * (1.0 / 5));
-  ASSERT_EQ(s.get_packet_samples(1, out, c0, c1), 2u);
+  EXPECT_EQ(s.get_packet_samples(1, out, c0, c1), 2u);
   EXPECT_EQ(out[1].y, 3 * (1.0 / 5));
 }
 
@@ -119,8 +118,7 @@ TEST(HammersleySampler2d, SeedsKeepTheirLow16BitsAndSetSeedMovesOnlyU) {
   for (unsigned seed : {5u, 123u, 65535u}) {
     a.init(seed, 7, 3, 2, 2);
     b.init(seed + 65536u * 3, 7, 3, 2, 2);
-    auto const pa = all_samples(a), pb = all_samples(b);
-    EXPECT_EQ(std::memcmp(pa.data(), pb.data(), pa.size() * sizeof pa[0]), 0) << seed;
+    EXPECT_TRUE(same_bits(all_samples(a), all_samples(b))) << seed;
   }
   a.init(9, 16, 1);
   auto const before = all_samples(a);
@@ -136,8 +134,7 @@ TEST(HammersleySampler2d, SeedsKeepTheirLow16BitsAndSetSeedMovesOnlyU) {
   a.init(mt, 6, 6, 2, 3);
   b.init(ref.genrand_int32() & 0xFFFFu, 6, 6, 2, 3);
   EXPECT_EQ(mt.genrand_int32(), ref.genrand_int32());
-  auto const pa = all_samples(a), pb = all_samples(b);
-  EXPECT_EQ(std::memcmp(pa.data(), pb.data(), pa.size() * sizeof pa[0]), 0);
+  EXPECT_TRUE(same_bits(all_samples(a), all_samples(b)));
 }
 
 TEST(HammersleySampler2d, PowerOfTwoSetsStratifyEveryElementaryInterval) {
@@ -166,58 +163,48 @@ TEST(HammersleySampler2d, PowerOfTwoSetsStratifyEveryElementaryInterval) {
 
 TEST(HammersleySampler2d, PacketGridPartitionsTheSetAndBoxesHoldTheirSamples) {
   HammersleySampler2d s;
-  std::vector<GMathVec2<double>> packet;
   for (unsigned nx : {1u, 2u, 3u, 5u, 6u, 7u, 9u, 10u, 13u, 16u, 33u}) {
     for (unsigned ny : {1u, 2u, 3u, 5u, 8u, 17u}) {
-      for (auto const& ps : {std::make_pair(1u, 1u), std::make_pair(2u, 2u), std::make_pair(3u, 2u),
-                             std::make_pair(4u, 1u), std::make_pair(2u, 5u)}) {
-        for (unsigned seed : {0u, 12345u}) {
-          s.init(seed, nx, ny, ps.first, ps.second);
+      for (unsigned sx : {1u, 2u, 3u, 4u}) {
+        for (unsigned sy : {1u, 2u, 5u}) {
+          unsigned const seed = nx * 7919u + sy;
+          SCOPED_TRACE(testing::Message() << nx << "x" << ny << " in packets of " << sx << "x" << sy
+                                          << ", seed " << seed);
+          s.init(seed, nx, ny, sx, sy);
           unsigned const n = nx * ny, px = s.get_packet_count_x(), py = s.get_packet_count_y();
-          std::string const where = std::to_string(nx) + "x" + std::to_string(ny) + " in " +
-                                    std::to_string(ps.first) + "x" + std::to_string(ps.second) +
-                                    " seed " + std::to_string(seed);
-          EXPECT_TRUE(smallest_fitting_power(px, nx, ps.first)) << where << " Px " << px;
-          EXPECT_TRUE(smallest_fitting_power(py, ny, ps.second)) << where << " Py " << py;
-          ASSERT_EQ(s.get_packet_count(), px * py) << where;
-          auto const all = all_samples(s);
-          for (unsigned k = 0; k < n; ++k) {
-            GMathVec2<double> q;
-            s.get_sample(k, q);
-            ASSERT_EQ(std::memcmp(&q, &all[k], sizeof q), 0) << where << " index " << k;
-          }
+          EXPECT_TRUE(smallest_fitting_power(px, nx, sx)) << px;
+          EXPECT_TRUE(smallest_fitting_power(py, ny, sy)) << py;
+          ASSERT_EQ(s.get_packet_count(), px * py);
+          Points const all = all_samples(s);
           auto const index = index_by_v(all);
-          ASSERT_EQ(index.size(), n) << where;
-          unsigned const largest = static_cast<unsigned>(std::ceil((double(n) / py + 1) / px));
-          packet.assign(largest, GMathVec2<double>());
+          ASSERT_EQ(index.size(), n);
+          // The bound on the largest packet that sizes the caller's array.
+          Points packet(static_cast<unsigned>(std::ceil((double(n) / py + 1) / px)));
           std::vector<int> hits(n, 0);
           for (unsigned p = 0; p < px * py; ++p) {
             GMathVec2<double> c0, c1;
             unsigned const got = s.get_packet_samples(p, packet.data(), c0, c1);
-            ASSERT_LE(got, largest) << where;
-            EXPECT_EQ(c1.x - c0.x, 1.0 / px) << where;
-            EXPECT_EQ(c0.y, (p / px) * (1.0 / py)) << where;
-            EXPECT_EQ(c1.y, c0.y + 1.0 / py) << where;
-            double const half = 0.5 / n;
-            unsigned previous = 0;
-            for (unsigned j = 0; j < got; ++j) {
+            ASSERT_LE(got, packet.size());
+            EXPECT_EQ(c1.x - c0.x, 1.0 / px);
+            EXPECT_EQ(c0.y, (p / px) * (1.0 / py));
+            EXPECT_EQ(c1.y, c0.y + 1.0 / py);
+            // Every Px-th index of the band, from px places after its start.
+            unsigned k =
+                static_cast<unsigned>(std::floor((p / px) * double(n) / py + 0.5)) + p % px;
+            for (unsigned j = 0; j < got; ++j, k += px) {
               auto const it = index.find(packet[j].y);
-              ASSERT_NE(it, index.end()) << where << " packet " << p;
-              EXPECT_EQ(std::memcmp(&packet[j], &all[it->second], sizeof packet[j]), 0) << where;
-              ++hits[it->second];
-              // Every Px-th index of the band, in increasing order.
-              unsigned const band_start =
-                  static_cast<unsigned>(std::floor((p / px) * double(n) / py + 0.5));
-              EXPECT_EQ(it->second, j == 0 ? band_start + p % px : previous + px) << where;
-              previous = it->second;
-              EXPECT_TRUE(packet[j].x >= c0.x && packet[j].x < c1.x)
-                  << where << " packet " << p << " u " << packet[j].x;
-              EXPECT_TRUE(packet[j].y >= c0.y - half - 1e-15 && packet[j].y <= c1.y + half + 1e-15)
-                  << where << " packet " << p << " v " << packet[j].y;
+              ASSERT_TRUE(it != index.end() && it->second == k)
+                  << "packet " << p << " sample " << j;
+              EXPECT_EQ(std::memcmp(&packet[j], &all[k], sizeof packet[j]), 0);
+              ++hits[k];
+              // u strictly inside its column; v within half a spacing of its band.
+              EXPECT_TRUE(packet[j].x >= c0.x && packet[j].x < c1.x) << p << " u " << packet[j].x;
+              EXPECT_TRUE(packet[j].y >= c0.y - 0.5 / n - 1e-15 &&
+                          packet[j].y <= c1.y + 0.5 / n + 1e-15)
+                  << p << " v " << packet[j].y;
             }
           }
-          for (unsigned k = 0; k < n; ++k)
-            ASSERT_EQ(hits[k], 1) << where << " index " << k;
+          EXPECT_EQ(std::count(hits.begin(), hits.end(), 1), static_cast<long>(n));
         }
       }
     }
@@ -227,12 +214,12 @@ TEST(HammersleySampler2d, PacketGridPartitionsTheSetAndBoxesHoldTheirSamples) {
 TEST(HammersleySampler2d, SinglePacketModeAndCopies) {
   HammersleySampler2d s;
   s.init(77, 5, 3);
-  auto const all = all_samples(s);
+  Points const all = all_samples(s);
   for (unsigned p : {0u, 1u, 1000u}) {
-    std::vector<GMathVec2<double>> out(15);
+    Points out(15);
     GMathVec2<double> c0(-1.0, -1.0), c1;
     ASSERT_EQ(s.get_packet_samples(p, out.data(), c0, c1), 15u);
-    EXPECT_EQ(std::memcmp(out.data(), all.data(), 15 * sizeof out[0]), 0);
+    EXPECT_TRUE(same_bits(out, all));
     EXPECT_EQ(c0, GMathVec2<double>(0.0, 0.0));
     EXPECT_EQ(c1, GMathVec2<double>(1.0, 1.0));
   }
@@ -240,9 +227,7 @@ TEST(HammersleySampler2d, SinglePacketModeAndCopies) {
   HammersleySampler2d copy;
   copy = s;
   s.init(1, 2, 2, 1, 1);
-  auto const copied = all_samples(copy);
-  ASSERT_EQ(copied.size(), all.size());
-  EXPECT_EQ(std::memcmp(copied.data(), all.data(), all.size() * sizeof all[0]), 0);
+  EXPECT_TRUE(same_bits(all_samples(copy), all));
 }
 
 TEST(HammersleySampler2d, SubSetWorkedExamples) {
@@ -279,37 +264,29 @@ TEST(HammersleySampler2d, SubSetsPartitionTheWholeSet) {
   HammersleySampler2d whole, sub;
   for (unsigned subsets = 1; subsets <= 8; ++subsets) {
     for (unsigned count : {1u, 2u, 3u, 5u, 8u, 13u, 16u}) {
-      for (unsigned seed : {0u, 777u}) {
-        whole.init(seed, subsets * count, 1);
-        auto const points = all_samples(whole);
-        auto const index = index_by_v(points);
-        std::vector<int> hits(points.size(), 0);
-        for (unsigned b = 0; b < subsets; ++b) {
-          sub.init_sub(seed, subsets, b, count);
-          ASSERT_EQ(sub.get_sample_count(), count);
-          ASSERT_EQ(sub.get_packet_count(), 1u);
-          auto const got = all_samples(sub);
-          std::vector<GMathVec2<double>> packet(count);
-          GMathVec2<double> c0, c1;
-          ASSERT_EQ(sub.get_packet_samples(b + 3, packet.data(), c0, c1), count);
-          EXPECT_EQ(c0, GMathVec2<double>(0.0, 0.0));
-          EXPECT_EQ(c1, GMathVec2<double>(1.0, 1.0));
-          for (unsigned i = 0; i < count; ++i) {
-            GMathVec2<double> q;
-            sub.get_sample(i, q);
-            ASSERT_EQ(std::memcmp(&q, &got[i], sizeof q), 0);
-            ASSERT_EQ(std::memcmp(&packet[i], &got[i], sizeof q), 0);
-            auto const it = index.find(got[i].y);
-            ASSERT_NE(it, index.end()) << subsets << " sets of " << count << ", set " << b;
-            ASSERT_EQ(got[i], points[it->second]);
-            ++hits[it->second];
-          }
-        }
-        for (unsigned k = 0; k < points.size(); ++k) {
-          ASSERT_EQ(hits[k], 1) << subsets << " sets of " << count << " seed " << seed << " point "
-                                << k;
+      unsigned const seed = subsets * 1000u + count;
+      SCOPED_TRACE(testing::Message() << subsets << " sets of " << count << ", seed " << seed);
+      whole.init(seed, subsets * count, 1);
+      Points const points = all_samples(whole);
+      auto const index = index_by_v(points);
+      std::vector<int> hits(points.size(), 0);
+      for (unsigned b = 0; b < subsets; ++b) {
+        sub.init_sub(seed, subsets, b, count);
+        ASSERT_EQ(sub.get_sample_count(), count);
+        ASSERT_EQ(sub.get_packet_count(), 1u);
+        Points const got = all_samples(sub);
+        Points packet(count);
+        GMathVec2<double> c0, c1;
+        ASSERT_EQ(sub.get_packet_samples(b + 3, packet.data(), c0, c1), count);
+        EXPECT_TRUE(same_bits(packet, got));
+        EXPECT_TRUE(c0 == GMathVec2<double>(0.0, 0.0) && c1 == GMathVec2<double>(1.0, 1.0));
+        for (auto const& q : got) {
+          auto const it = index.find(q.y);
+          ASSERT_TRUE(it != index.end() && q == points[it->second]) << "set " << b;
+          ++hits[it->second];
         }
       }
+      EXPECT_EQ(std::count(hits.begin(), hits.end(), 1), static_cast<long>(points.size()));
     }
   }
 }

@@ -122,32 +122,38 @@ TEST(SamplingWarps, WorkedExamples) {
   EXPECT_EQ(d.z, std::sqrt(0.75));
 }
 
+namespace {
+
+// The sphere warps take no radius scale; these give them the hemisphere form.
+template <void (*F)(double const&, double const&, Vec3&)>
+void no_scale(double const& u, double const& v, Vec3& d, double const&) {
+  F(u, v, d);
+}
+template <void (*F)(double const&, double const&, Vec3&, Vec3&, Vec3&)>
+void no_scale_frame(double const& u, double const& v, Vec3& d, Vec3& t, Vec3& b, double const&) {
+  F(u, v, d, t, b);
+}
+
+}  // namespace
+
 TEST(SamplingWarps, FramesAreOrthonormalRightHandedAndDomainsHold) {
-  using Plain = std::function<void(double, double, Vec3&, double)>;
-  using Framed = std::function<void(double, double, Vec3&, Vec3&, Vec3&, double)>;
   struct Warp {
     char const* name;
-    Plain plain;
-    Framed framed;
+    void (*plain)(double const&, double const&, Vec3&, double const&);
+    void (*framed)(double const&, double const&, Vec3&, Vec3&, Vec3&, double const&);
     bool hemisphere;
   };
-#define HEMI(f)                                                                    \
-  Warp{#f, [](double u, double v, Vec3& d, double s) { Sampling::f(u, v, d, s); }, \
-       [](double u, double v, Vec3& d, Vec3& t, Vec3& b, double s) {               \
-         Sampling::f(u, v, d, t, b, s);                                            \
-       },                                                                          \
-       true}
-#define SPHERE(f)                                                                               \
-  Warp {                                                                                        \
-#f, [](double u, double v, Vec3& d,                                                         \
-           double) { Sampling::f(u, v, d); }, [](double u, double v, Vec3& d, Vec3& t, Vec3& b, \
-                                                 double) { Sampling::f(u, v, d, t, b); }, false \
-  }
-  Warp const warps[] = {HEMI(hemisphere_uniform), HEMI(hemisphere_uniform_concentric),
-                        HEMI(hemisphere_cosine),  HEMI(hemisphere_cosine_concentric),
-                        SPHERE(sphere_uniform),   SPHERE(sphere_cosine)};
-#undef HEMI
-#undef SPHERE
+  Warp const warps[] = {
+      {"hemisphere_uniform", &Sampling::hemisphere_uniform, &Sampling::hemisphere_uniform, true},
+      {"hemisphere_uniform_concentric", &Sampling::hemisphere_uniform_concentric,
+       &Sampling::hemisphere_uniform_concentric, true},
+      {"hemisphere_cosine", &Sampling::hemisphere_cosine, &Sampling::hemisphere_cosine, true},
+      {"hemisphere_cosine_concentric", &Sampling::hemisphere_cosine_concentric,
+       &Sampling::hemisphere_cosine_concentric, true},
+      {"sphere_uniform", &no_scale<&Sampling::sphere_uniform>,
+       &no_scale_frame<&Sampling::sphere_uniform>, false},
+      {"sphere_cosine", &no_scale<&Sampling::sphere_cosine>,
+       &no_scale_frame<&Sampling::sphere_cosine>, false}};
   Uniform uniform(2);
   for (Warp const& w : warps) {
     for (double const s : {1.0, 0.8, 0.5}) {
