@@ -1,0 +1,196 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "platform/random/grandom_mt.h"
+#include "sampling/patterns/radical_inverse.h"
+#include "sampling/patterns/stratified_sampler2d.h"
+
+namespace {
+
+// The jittered sample of stratum (ix, iy) written out from the formula, drawing
+// from its own generator, x first.
+GMathVec2<double> plain_sample(GRandomMt& mt, unsigned ix, unsigned iy, unsigned nx, unsigned ny,
+                               double jx, double jy) {
+  GMathVec2<double> s;
+  s.x = ((unit_from_u32(mt.genrand_int32()) * jx + ix) + (0.5 - jx * 0.5)) * (1.0 / nx);
+  s.y = ((unit_from_u32(mt.genrand_int32()) * jy + iy) + (0.5 - jy * 0.5)) * (1.0 / ny);
+  return s;
+}
+
+bool same_bits(GMathVec2<double> const& a, GMathVec2<double> const& b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+}  // namespace
+
+TEST(StratifiedSampler2d, UnitFromU32ReachesBothEndsExactly) {
+  std::uint64_t bits;
+  std::memcpy(&bits, &k_unit_from_u32_scale, 8);
+  EXPECT_EQ(bits, 0x3DF0000000100000u);
+  EXPECT_EQ(unit_from_u32(0u), 0.0);
+  EXPECT_EQ(unit_from_u32(4294967295u), 1.0);
+  EXPECT_LT(unit_from_u32(4294967294u), 1.0);
+}
+
+TEST(StratifiedSampler2d, JitterZeroGivesStratumCentresInRowOrder) {
+  GRandomMt mt(7), reference(7);
+  StratifiedSampler2d s;
+  s.init(mt, 3, 2, 1, 1, 0.0, 0.0);
+  EXPECT_EQ(s.get_sample_count(), 6u);
+  std::vector<GMathVec2<double>> out(6);
+  s.get_all_samples(out.data());
+  double const xs[3] = {1.0 / 6, 0.5, 5.0 / 6};
+  for (unsigned i = 0; i < 6; ++i) {
+    EXPECT_DOUBLE_EQ(out[i].x, xs[i % 3]) << i;
+    EXPECT_DOUBLE_EQ(out[i].y, i < 3 ? 0.25 : 0.75) << i;
+  }
+  // Two draws per sample even without jitter.
+  for (int i = 0; i < 12; ++i)
+    reference.genrand_int32();
+  EXPECT_EQ(mt.genrand_int32(), reference.genrand_int32());
+}
+
+TEST(StratifiedSampler2d, AllSamplesGetSampleAndPacketsFollowTheFormulaBitForBit) {
+  struct Case {
+    unsigned nx, ny, px, py;
+    double jx, jy;
+  };
+  for (Case const& c :
+       {Case{3, 2, 1, 1, 0.0, 0.0}, Case{7, 5, 3, 2, 1.0, 1.0}, Case{5, 1, 2, 1, 0.7, 0.3},
+        Case{4, 4, 4, 4, 1.0, 0.5}, Case{2, 3, 5, 5, 0.25, 1.0}, Case{9, 7, 1, 3, 1.0, 1.0}}) {
+    GRandomMt mt(11), ref(11);
+    StratifiedSampler2d s;
+    s.init(mt, c.nx, c.ny, c.px, c.py, c.jx, c.jy);
+    unsigned const n = c.nx * c.ny;
+    std::vector<GMathVec2<double>> all(n), one(n), packet(n);
+    s.get_all_samples(all.data());
+    for (unsigned i = 0; i < n; ++i)
+      s.get_sample(i, one[i]);
+    // get_sample for 0..N-1 continues the stream exactly as get_all_samples.
+    for (auto const* stream : {&all, &one}) {
+      for (unsigned i = 0; i < n; ++i) {
+        EXPECT_TRUE(
+            same_bits((*stream)[i], plain_sample(ref, i % c.nx, i / c.nx, c.nx, c.ny, c.jx, c.jy)))
+            << c.nx << "x" << c.ny << (stream == &all ? " all" : " one") << ", index " << i;
+      }
+    }
+    // Packets: blocks of strata cut at the grid's edge, row by row, drawing
+    // in output order; together they cover every stratum once.
+    unsigned const pcx = (c.nx + c.px - 1) / c.px, pcy = (c.ny + c.py - 1) / c.py;
+    ASSERT_EQ(s.get_packet_count(), pcx * pcy);
+    std::vector<int> hits(n, 0);
+    for (unsigned p = 0; p < pcx * pcy; ++p) {
+      GMathVec2<double> c0, c1;
+      unsigned const got = s.get_packet_samples(p, packet.data(), c0, c1);
+      unsigned const x0 = p % pcx * c.px, y0 = p / pcx * c.py;
+      unsigned const x1 = std::min(x0 + c.px, c.nx), y1 = std::min(y0 + c.py, c.ny);
+      ASSERT_EQ(got, (x1 - x0) * (y1 - y0)) << "packet " << p;
+      EXPECT_EQ(c0, GMathVec2<double>(x0 * (1.0 / c.nx), y0 * (1.0 / c.ny))) << p;
+      EXPECT_EQ(c1, GMathVec2<double>(x1 * (1.0 / c.nx), y1 * (1.0 / c.ny))) << p;
+      unsigned k = 0;
+      for (unsigned iy = y0; iy < y1; ++iy) {
+        for (unsigned ix = x0; ix < x1; ++ix, ++k) {
+          ++hits[iy * c.nx + ix];
+          GMathVec2<double> const e = plain_sample(ref, ix, iy, c.nx, c.ny, c.jx, c.jy);
+          EXPECT_TRUE(same_bits(packet[k], e)) << "packet " << p << " sample " << k;
+          EXPECT_TRUE(packet[k].x >= c0.x && packet[k].x <= c1.x && packet[k].y >= c0.y &&
+                      packet[k].y <= c1.y)
+              << "packet " << p << " sample " << k;
+        }
+      }
+    }
+    for (unsigned i = 0; i < n; ++i)
+      EXPECT_EQ(hits[i], 1) << "stratum " << i;
+    // A packet number equal to P writes nothing.
+    GMathVec2<double> sentinel(-1.0, -1.0), c0, c1;
+    EXPECT_EQ(s.get_packet_samples(pcx * pcy, &sentinel, c0, c1), 0u);
+    EXPECT_EQ(sentinel, GMathVec2<double>(-1.0, -1.0));
+    EXPECT_EQ(mt.genrand_int32(), ref.genrand_int32());
+  }
+}
+
+TEST(StratifiedSampler2d, WorkedPacketExamples) {
+  GRandomMt mt(3);
+  StratifiedSampler2d s;
+  GMathVec2<double> out[4], c0, c1;
+  s.init(mt, 3, 3, 2, 2, 0.0, 0.0);
+  ASSERT_EQ(s.get_packet_count(), 4u);
+  ASSERT_EQ(s.get_packet_samples(1, out, c0, c1), 2u);
+  EXPECT_DOUBLE_EQ(out[0].x, 5.0 / 6);
+  EXPECT_DOUBLE_EQ(out[0].y, 1.0 / 6);
+  EXPECT_DOUBLE_EQ(out[1].x, 5.0 / 6);
+  EXPECT_DOUBLE_EQ(out[1].y, 0.5);
+  EXPECT_DOUBLE_EQ(c0.x, 2.0 / 3);
+  EXPECT_EQ(c0.y, 0.0);
+  EXPECT_DOUBLE_EQ(c1.x, 1.0);
+  EXPECT_DOUBLE_EQ(c1.y, 2.0 / 3);
+  EXPECT_EQ(s.get_packet_samples(3, out, c0, c1), 1u);
+  // Five columns in packets of two: the last packet column is one stratum
+  // wide and ends at 5 * (1/5).
+  s.init(mt, 5, 1, 2, 1, 1.0, 1.0);
+  ASSERT_EQ(s.get_packet_count(), 3u);
+  EXPECT_EQ(s.get_packet_samples(2, out, c0, c1), 1u);
+  EXPECT_EQ(c1.x, 5 * (1.0 / 5));
+  // An empty grid writes nothing and draws nothing.
+  GRandomMt ref(3);
+  mt.seed(3);
+  s.init(mt, 4, 0, 1, 1, 1.0, 1.0);
+  out[0] = GMathVec2<double>(-1.0, -1.0);
+  s.get_all_samples(out);
+  EXPECT_EQ(out[0], GMathVec2<double>(-1.0, -1.0));
+  EXPECT_EQ(mt.genrand_int32(), ref.genrand_int32());
+}
+
+TEST(StratifiedSampler2d, JitterKeepsEverySampleInsideItsOwnStratum) {
+  unsigned const nx = 7, ny = 5;
+  std::vector<GMathVec2<double>> out(nx * ny);
+  for (double const j : {1.0, 0.5}) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
+      GRandomMt mt(seed);
+      StratifiedSampler2d s;
+      s.init(mt, nx, ny, 2, 2, j, j);
+      s.get_all_samples(out.data());
+      for (unsigned i = 0; i < nx * ny; ++i) {
+        // The jitter interval is the middle fraction j of the stratum; the
+        // multiplication by the stored inverse is monotonic, so its bounds
+        // are exact.
+        double const lo = 0.5 - j * 0.5, hi = lo + j;
+        double const x0 = ((i % nx) + lo) * (1.0 / nx), x1 = ((i % nx) + hi) * (1.0 / nx);
+        double const y0 = ((i / nx) + lo) * (1.0 / ny), y1 = ((i / nx) + hi) * (1.0 / ny);
+        EXPECT_TRUE(out[i].x >= x0 && out[i].x <= x1 && out[i].y >= y0 && out[i].y <= y1)
+            << "seed " << seed << " jitter " << j << " index " << i;
+      }
+    }
+  }
+}
+
+TEST(StratifiedSampler2d, CopyDrawsFromTheSameGenerator) {
+  GRandomMt mt(99), ref(99);
+  StratifiedSampler2d s;
+  s.init(mt, 4, 4, 2, 2, 1.0, 1.0);
+  StratifiedSampler2d copy;
+  copy = s;
+  StratifiedSampler2d constructed(s);
+  GMathVec2<double> a, b, c;
+  copy.get_sample(5, a);
+  s.get_sample(5, b);
+  constructed.get_sample(5, c);
+  for (auto const& got : {a, b, c})
+    EXPECT_TRUE(same_bits(got, plain_sample(ref, 1, 1, 4, 4, 1, 1)));
+  EXPECT_EQ(copy.get_packet_count(), 4u);
+}
+
+#ifdef SAMPLING_CHECKS
+TEST(StratifiedSampler2dDeathTest, InitRejectsAZeroPacketSize) {
+  GRandomMt mt;
+  StratifiedSampler2d s;
+  EXPECT_DEATH(s.init(mt, 4, 4, 0, 1, 1.0, 1.0),
+               "StratifiedSampler2d::init: packet sizes must be at least 1");
+  EXPECT_DEATH(s.init(mt, 4, 4, 2, 0, 1.0, 1.0),
+               "StratifiedSampler2d::init: packet sizes must be at least 1");
+}
+#endif
