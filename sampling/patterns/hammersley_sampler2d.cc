@@ -7,7 +7,9 @@
 namespace {
 
 // Seeds keep their low 16 bits.
-inline unsigned int reduce_seed(unsigned int const& seed) { return seed & 0xFFFFu; }
+inline unsigned int reduce_seed(unsigned int const& seed) {
+  return seed & 0xFFFFu;
+}
 
 // Smallest power of two 2^k with (count >> k) <= packet_size.
 inline unsigned int packet_columns(unsigned int const& count, unsigned int const& packet_size) {
@@ -22,7 +24,28 @@ inline unsigned int packet_columns(unsigned int const& count, unsigned int const
 
 }  // namespace
 
-void HammersleySampler2d::compute_v_offset() { m_v_offset = radical_inverse_3(m_seed); }
+// The point formulas with the record's three inputs held in locals.
+struct HammersleySampler2d::HammersleyPoints {
+  explicit HammersleyPoints(HammersleySampler2d const& sampler)
+      : seed(sampler.m_seed),
+        v_offset(sampler.m_v_offset),
+        inv_point_count(sampler.m_inv_point_count) {}
+
+  // Point k of the underlying set: u = radical_inverse_2(k + seed) and
+  // v = (k + v_offset) / point count.
+  void write(unsigned int const& k, GMathVec2<double>& sample) const {
+    sample.x = radical_inverse_2(k + seed);
+    sample.y = (static_cast<double>(k) + v_offset) * inv_point_count;
+  }
+
+  unsigned int const seed;
+  double const v_offset;
+  double const inv_point_count;
+};
+
+void HammersleySampler2d::compute_v_offset() {
+  m_v_offset = radical_inverse_3(m_seed);
+}
 
 void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& count_x,
                                unsigned int const& count_y) {
@@ -35,7 +58,8 @@ void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& cou
   m_seed = reduce_seed(seed);
   compute_v_offset();
   m_inv_point_count = 1.0 / static_cast<double>(n);
-  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback, &get_single_packet_samples_callback>();
+  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback,
+                &get_single_packet_samples_callback>();
 }
 
 void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& count_x,
@@ -53,7 +77,8 @@ void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& cou
   m_inv_point_count = 1.0 / static_cast<double>(n);
   m_seed = reduce_seed(seed);
   compute_v_offset();
-  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback, &get_packet_samples_callback>();
+  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback,
+                &get_packet_samples_callback>();
 }
 
 void HammersleySampler2d::init(GRandomMt& random, unsigned int const& count_x,
@@ -79,10 +104,13 @@ void HammersleySampler2d::init_sub(unsigned int const& seed, unsigned int const&
   compute_v_offset();
   m_inv_point_count = 1.0 / static_cast<double>(subset_count * count);
   Sampler2d::init(count, 1);
-  set_callbacks<HammersleySampler2d, &get_sub_sample_callback, &get_all_sub_samples_callback, &get_sub_packet_samples_callback>();
+  set_callbacks<HammersleySampler2d, &get_sub_sample_callback, &get_all_sub_samples_callback,
+                &get_sub_packet_samples_callback>();
 }
 
-void HammersleySampler2d::set_seed(unsigned int const& seed) { m_seed = reduce_seed(seed); }
+void HammersleySampler2d::set_seed(unsigned int const& seed) {
+  m_seed = reduce_seed(seed);
+}
 
 void HammersleySampler2d::get_sample_u(unsigned int const& index, double& u) const {
   u = radical_inverse_2(index + m_seed);
@@ -93,7 +121,8 @@ void HammersleySampler2d::get_sample_v(unsigned int const& index, double& v) con
 }
 
 unsigned int HammersleySampler2d::get_sub_index(unsigned int const& i) const {
-  if (m_subset_count & 1u) return i * m_subset_count + m_subset_index;
+  if (m_subset_count & 1u)
+    return i * m_subset_count + m_subset_index;
   unsigned int const n = m_subset_index * m_sample_count + i;
   return (2u * Sampling::shuffle_index(n >> 1, m_count_x >> 1)) | (n & 1u);
 }
@@ -101,22 +130,24 @@ unsigned int HammersleySampler2d::get_sub_index(unsigned int const& i) const {
 void HammersleySampler2d::get_sample_callback(HammersleySampler2d& sampler,
                                               unsigned int const& index,
                                               GMathVec2<double>& sample) {
-  sampler.get_sample_u(index, sample.x);
-  sampler.get_sample_v(index, sample.y);
+  HammersleyPoints(sampler).write(index, sample);
 }
 
 void HammersleySampler2d::get_all_samples_callback(HammersleySampler2d& sampler,
                                                    GMathVec2<double>* samples) {
+  // The record's fields are read once: the stores through `samples` could
+  // alias them, which would otherwise force a reload per point.
+  HammersleyPoints const points(sampler);
   unsigned int const n = sampler.m_sample_count;
-  for (unsigned int k = 0; k < n; ++k) {
-    sampler.get_sample_u(k, samples[k].x);
-    sampler.get_sample_v(k, samples[k].y);
-  }
+  for (unsigned int k = 0; k < n; ++k)
+    points.write(k, samples[k]);
 }
 
-unsigned int HammersleySampler2d::get_single_packet_samples_callback(
-    HammersleySampler2d& sampler, unsigned int const&, GMathVec2<double>* samples,
-    GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
+unsigned int HammersleySampler2d::get_single_packet_samples_callback(HammersleySampler2d& sampler,
+                                                                     unsigned int const&,
+                                                                     GMathVec2<double>* samples,
+                                                                     GMathVec2<double>& corner0,
+                                                                     GMathVec2<double>& corner1) {
   get_all_samples_callback(sampler, samples);
   corner0 = GMathVec2<double>(0.0, 0.0);
   corner1 = GMathVec2<double>(1.0, 1.0);
@@ -132,19 +163,15 @@ unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2
   unsigned int const px = packet % columns;
   unsigned int const py = packet / columns;
   // Nearest band boundaries, halves going up; the integers wrap modulo 2^32.
-  unsigned int const start =
-      static_cast<unsigned int>(static_cast<long long>(static_cast<double>(py) *
-                                                           sampler.m_band_size +
-                                                       0.5)) +
-      px;
+  unsigned int const start = static_cast<unsigned int>(static_cast<long long>(
+                                 static_cast<double>(py) * sampler.m_band_size + 0.5)) +
+                             px;
   unsigned int const end = static_cast<unsigned int>(
       static_cast<long long>(static_cast<double>(py + 1) * sampler.m_band_size + 0.5));
+  HammersleyPoints const points(sampler);
   unsigned int written = 0;
-  for (unsigned int k = start; k < end; k += columns) {
-    sampler.get_sample_u(k, samples[written].x);
-    sampler.get_sample_v(k, samples[written].y);
-    ++written;
-  }
+  for (unsigned int k = start; k < end; k += columns)
+    points.write(k, samples[written++]);
   // All indices of the packet agree modulo Px (a power of two), so the low
   // log2(Px) bits of k + seed, which fix the leading digits of u, agree too.
   corner0.x = radical_inverse_2((sampler.m_seed + start) & (columns - 1));
@@ -157,15 +184,16 @@ unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2
 void HammersleySampler2d::get_sub_sample_callback(HammersleySampler2d& sampler,
                                                   unsigned int const& index,
                                                   GMathVec2<double>& sample) {
-  unsigned int const k = sampler.get_sub_index(index);
-  sampler.get_sample_u(k, sample.x);
-  sampler.get_sample_v(k, sample.y);
+  HammersleyPoints(sampler).write(sampler.get_sub_index(index), sample);
 }
 
 void HammersleySampler2d::get_all_sub_samples_callback(HammersleySampler2d& sampler,
                                                        GMathVec2<double>* samples) {
-  unsigned int const n = sampler.m_sample_count;
-  for (unsigned int i = 0; i < n; ++i) get_sub_sample_callback(sampler, i, samples[i]);
+  HammersleyPoints const points(sampler);
+  HammersleySampler2d const copy = sampler;
+  unsigned int const n = copy.m_sample_count;
+  for (unsigned int i = 0; i < n; ++i)
+    points.write(copy.get_sub_index(i), samples[i]);
 }
 
 unsigned int HammersleySampler2d::get_sub_packet_samples_callback(HammersleySampler2d& sampler,

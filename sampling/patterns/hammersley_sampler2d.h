@@ -58,6 +58,8 @@ class SAMPLING_API HammersleySampler2d : public Sampler2d {
   HammersleySampler2d& operator=(HammersleySampler2d const& other) = default;
 
  private:
+  struct HammersleyPoints;
+
   // m_v_offset = base-3 radical inverse of m_seed.
   void compute_v_offset();
   // Index into the whole set of sample i of the selected sub-set.
