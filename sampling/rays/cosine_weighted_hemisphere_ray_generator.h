@@ -27,7 +27,18 @@
 // Clipping modes, for rays that fall below a plane through the origin with a
 // normal n: plain (keep every ray), discard (drop rays with direction . n not
 // strictly positive) and project (flatten rays with direction . n < 0 onto
-// the plane). The frustum is the same in every mode.
+// the plane).
+//
+// Frustum of a sample box [corner0, corner1]: four planes through the common
+// origin O, plane k through the cone directions of box corners k and k + 1
+// (corners (umin, vmin), (umax, vmin), (umax, vmax), (umin, vmax)), each then
+// turned outward by a margin of 0.025 of its normal's length towards the
+// corner directions' centroid. Normals point inside: a point X is inside when
+// m_plane_normal[k] . X + m_plane_distance[k] >= 0 for all four planes
+// (all four point outside when exactly one coordinate of the corners is
+// exchanged). The margin covers the curved box edges for boxes up to a
+// quadrant of the square; the frustum of the whole square or of half of it
+// misses rays. Clipping modes and differentials do not change the frustum.
 //
 // Callers pass unit ray directions, samples and frustum corners in [0,1]^2,
 // and unit clipping normals (a normal of another length is used as given).
@@ -105,8 +116,7 @@ class SAMPLING_API CosineWeightedHemisphereRayGenerator : public SampleRayGenera
   static unsigned int get_rays_project_callback(
       CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
       unsigned int const& count, GMathRay* rays, double* weights);
-  // Four planes through the rays' origin bounding the rays of the sample box
-  // [corner0, corner1]; see the .cc for the construction.
+  // The frustum described above.
   static void get_frustum_callback(CosineWeightedHemisphereRayGenerator const& generator,
                                    GMathVec2<double> const& corner0,
                                    GMathVec2<double> const& corner1, GMathFrustum& frustum);
