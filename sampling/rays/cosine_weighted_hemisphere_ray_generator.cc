@@ -5,7 +5,6 @@
 #include "sampling/angles.h"
 #include "sampling/checks.h"
 #include "sampling/rays/ray_math.h"
-#include "sampling/sampling.h"
 #include "sampling/warps/concentric_map.h"
 
 namespace {
@@ -151,6 +150,18 @@ inline void CosineWeightedHemisphereRayGenerator::warp(double const& radius, dou
   tangent_v = m_matrix.transform_vector(GMathVec3<double>(-c * cos_phi, -c * sin_phi, s));
 }
 
+// The concentric map (the body of Sampling::to_unit_disk) is expanded inline
+// here, so the array forms run the whole warp without a call per sample.
+inline void CosineWeightedHemisphereRayGenerator::warp_sample(GMathVec2<double> const& sample,
+                                                              GMathVec3<double>& direction,
+                                                              GMathVec3<double>& tangent_u,
+                                                              GMathVec3<double>& tangent_v) const {
+  check_sample(sample);
+  double radius, angle;
+  concentric_map(sample.x, sample.y, radius, angle);
+  warp(radius, angle, direction, tangent_u, tangent_v);
+}
+
 inline void CosineWeightedHemisphereRayGenerator::create_ray(GMathVec3<double> const& direction,
                                                              GMathVec3<double> const& tangent_u,
                                                              GMathVec3<double> const& tangent_v,
@@ -173,21 +184,15 @@ inline void CosineWeightedHemisphereRayGenerator::create_ray(GMathVec3<double> c
 
 void CosineWeightedHemisphereRayGenerator::create_ray(GMathVec2<double> const& sample,
                                                       GMathRay& ray) const {
-  check_sample(sample);
-  double radius, angle;
-  Sampling::to_unit_disk(sample.x, sample.y, radius, angle);
   GMathVec3<double> w, u, v;
-  warp(radius, angle, w, u, v);
+  warp_sample(sample, w, u, v);
   create_ray(w, u, v, ray);
 }
 
 unsigned int CosineWeightedHemisphereRayGenerator::create_ray_discard(
     GMathVec2<double> const& sample, GMathRay& ray) const {
-  check_sample(sample);
-  double radius, angle;
-  Sampling::to_unit_disk(sample.x, sample.y, radius, angle);
   GMathVec3<double> w, u, v;
-  warp(radius, angle, w, u, v);
+  warp_sample(sample, w, u, v);
   if (!(dot(w, m_clip_normal) > 0.0))
     return 0;
   create_ray(w, u, v, ray);
@@ -196,11 +201,8 @@ unsigned int CosineWeightedHemisphereRayGenerator::create_ray_discard(
 
 void CosineWeightedHemisphereRayGenerator::create_ray_project(GMathVec2<double> const& sample,
                                                               GMathRay& ray) const {
-  check_sample(sample);
-  double radius, angle;
-  Sampling::to_unit_disk(sample.x, sample.y, radius, angle);
   GMathVec3<double> w, u, v;
-  warp(radius, angle, w, u, v);
+  warp_sample(sample, w, u, v);
   GMathVec3<double> const& n = m_clip_normal;
   double const d = dot(w, n);
   if (d >= 0.0) {
@@ -227,11 +229,8 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
   for (unsigned int i = 0; i < count; ++i) {
-    check_sample(samples[i]);
-    double radius, angle;
-    concentric_map(samples[i].x, samples[i].y, radius, angle);
     GMathVec3<double> w, u, v;
-    generator.warp(radius, angle, w, u, v);
+    generator.warp_sample(samples[i], w, u, v);
     generator.create_ray(w, u, v, rays[i]);
   }
   store_unit_weights(weights, count);
@@ -251,11 +250,8 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_discard_callback(
     unsigned int const& count, GMathRay* rays, double* weights) {
   unsigned int written = 0;
   for (unsigned int i = 0; i < count; ++i) {
-    check_sample(samples[i]);
-    double radius, angle;
-    concentric_map(samples[i].x, samples[i].y, radius, angle);
     GMathVec3<double> w, u, v;
-    generator.warp(radius, angle, w, u, v);
+    generator.warp_sample(samples[i], w, u, v);
     if (dot(w, generator.m_clip_normal) > 0.0) {
       generator.create_ray(w, u, v, rays[written]);
       ++written;
@@ -292,16 +288,12 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_project_callback(
 void CosineWeightedHemisphereRayGenerator::get_frustum_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const& corner0,
     GMathVec2<double> const& corner1, GMathFrustum& frustum) {
-  check_sample(corner0);
-  check_sample(corner1);
   GMathVec2<double> const corners[4] = {corner0, GMathVec2<double>(corner1.x, corner0.y), corner1,
                                         GMathVec2<double>(corner0.x, corner1.y)};
   GMathVec3<double> c[4];
   for (int k = 0; k < 4; ++k) {
-    double radius, angle;
-    Sampling::to_unit_disk(corners[k].x, corners[k].y, radius, angle);
     GMathVec3<double> u, v;
-    generator.warp(radius, angle, c[k], u, v);
+    generator.warp_sample(corners[k], c[k], u, v);
   }
   GMathVec3<double> normals[4];
   for (int k = 0; k < 4; ++k)

@@ -88,6 +88,10 @@ class SAMPLING_API CosineWeightedHemisphereRayGenerator : public SampleRayGenera
   void warp(double const& radius, double const& angle, GMathVec3<double>& direction,
             GMathVec3<double>& tangent_u, GMathVec3<double>& tangent_v) const;
 
+  // warp() of the sample's concentric-map polar coordinates.
+  void warp_sample(GMathVec2<double> const& sample, GMathVec3<double>& direction,
+                   GMathVec3<double>& tangent_u, GMathVec3<double>& tangent_v) const;
+
   // Writes the ray of direction W with tangents U and V.
   void create_ray(GMathVec3<double> const& direction, GMathVec3<double> const& tangent_u,
                   GMathVec3<double> const& tangent_v, GMathRay& ray) const;

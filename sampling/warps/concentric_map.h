@@ -2,10 +2,12 @@
 
 #include "sampling/angles.h"
 
-// The concentric square-to-disk map in polar form, inline, for the sample
-// loops that evaluate it once per ray. Same arithmetic, constants and
-// comparisons as Sampling::to_unit_disk: (u, v) in [0,1]^2 gives radius in
-// [0, 1] and angle in (-pi/4, 7pi/4]; the centre gives radius -0.0, angle 0.
+// The concentric square-to-disk map in polar form: the body of
+// Sampling::to_unit_disk, inline for the sample loops that evaluate it once
+// per ray. (u, v) in [0,1]^2 gives radius in [0, 1] and angle in
+// (-pi/4, 7pi/4]; the centre gives radius -0.0, angle 0. The strict and
+// non-strict comparisons decide which sector owns each diagonal; the guards
+// only matter at the exact centre.
 inline void concentric_map(double const& u, double const& v, double& radius, double& angle) {
   double const a = u * 2.0 - 1.0;
   double const b = v * 2.0 - 1.0;

@@ -177,6 +177,30 @@ TEST(CosineWeightedHemisphereRayGenerator, EmptyConeKeepsTheAxisAndTheIncomingSp
   }
 }
 
+// An incoming auxiliary direction perpendicular to the ray (or beyond it)
+// has an infinite spread tangent; the rays then carry a quarter-turn spread
+// instead of non-finite auxiliary directions.
+TEST(CosineWeightedHemisphereRayGenerator, PerpendicularIncomingSpreadIsAQuarterTurn) {
+  Vec3 const d = unit(Vec3(0.1, 0.2, 0.9));
+  GMathRay in = incoming_ray(d, true);
+  Vec3 t1, t2;
+  orthonormal_basis(d, t1, t2);
+  GMathRayDifferential diff = in.m_differential;
+  diff.m_rx_direction = t1;
+  diff.m_ry_direction = t2 * 0.6 - d * 0.8;
+  in.set_differentials(diff);
+  CosineWeightedHemisphereRayGenerator g;
+  g.init(in, 50.0, 0.0, 0.0);
+  for (Vec2 const& s : test_samples(300, 8)) {
+    GMathRay ray;
+    ASSERT_TRUE(g.get_ray(s, ray, nullptr));
+    double const cx = dot(ray.m_differential.m_rx_direction, ray.m_direction);
+    double const cy = dot(ray.m_differential.m_ry_direction, ray.m_direction);
+    ASSERT_TRUE(std::fabs(cx) <= 1e-15 && std::fabs(cy) <= 1e-15) << cx << " " << cy;
+    ASSERT_TRUE(std::fabs(ray.m_differential.m_rx_direction.length() - 1.0) <= 1e-15);
+  }
+}
+
 // The auxiliary directions are unit vectors, turned from the ray's direction
 // by atan(tx) within the plane perpendicular to the axis (azimuthal) and by
 // atan(ty) towards the axis (polar).
