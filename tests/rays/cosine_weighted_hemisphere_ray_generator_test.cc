@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include "sampling/ray_generators.h"
@@ -416,6 +417,34 @@ TEST(CosineWeightedHemisphereRayGenerator, CopiesGenerateTheSameRays) {
   EXPECT_EQ(std::memcmp(a.data(), c.data(), n * sizeof(GMathRay)), 0);
   EXPECT_EQ(copy.get_middle_ray().m_differential.m_rx_direction,
             g.get_middle_ray().m_differential.m_rx_direction);
+}
+
+// An initialised generator is read-only: threads sharing one get the rays a
+// single thread gets.
+TEST(CosineWeightedHemisphereRayGenerator, SharedGeneratorServesThreads) {
+  CosineWeightedHemisphereRayGenerator g;
+  g.init(incoming_ray(unit(Vec3(0.5, -0.5, 0.7)), true), 130.0, 0.2, 0.2);
+  g.discard_clipped_samples(unit(Vec3(0.0, 0.3, 1.0)));
+  std::vector<Vec2> const samples = test_samples(2048, 55);
+  unsigned int const n = static_cast<unsigned int>(samples.size());
+  std::vector<GMathRay> reference = ray_array(n);
+  unsigned int const expected = g.get_rays(samples.data(), n, reference.data(), nullptr);
+  std::vector<std::vector<GMathRay>> results(4, ray_array(n));
+  std::vector<unsigned int> counts(4, 0);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 20; ++round) {
+        counts[t] = g.get_rays(samples.data(), n, results[t].data(), nullptr);
+      }
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  for (int t = 0; t < 4; ++t) {
+    EXPECT_EQ(counts[t], expected);
+    EXPECT_EQ(std::memcmp(results[t].data(), reference.data(), n * sizeof(GMathRay)), 0) << t;
+  }
 }
 
 #ifdef SAMPLING_CHECKS
