@@ -5,4 +5,5 @@
 // rays, differentials and frusta they fill are the platform records of
 // platform/math/ (docs/rays.md).
 
+#include "sampling/rays/cosine_weighted_hemisphere_ray_generator.h"
 #include "sampling/rays/sample_ray_generator.h"

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "sampling/sampling.h"
+#include "sampling/warps/concentric_map.h"
 
 namespace {
 
@@ -37,28 +38,10 @@ inline double lift(double const& rho) { return std::sqrt(1.0 - rho * rho); }
 
 }  // namespace
 
+// The map itself lives in concentric_map.h, inline, so that the ray
+// generators' sample loops evaluate the very same arithmetic without a call.
 void Sampling::to_unit_disk(double const& u, double const& v, double& radius, double& angle) {
-  double const a = u * 2.0 - 1.0;
-  double const b = v * 2.0 - 1.0;
-  // The strict and non-strict comparisons decide which sector owns each
-  // diagonal; the guards only matter at the exact centre.
-  if (a > -b) {
-    if (a > b) {
-      radius = a;
-      angle = (b / a) * k_sampling_quarter_pi;
-    } else {
-      radius = b;
-      angle = (2.0 - a / b) * k_sampling_quarter_pi;
-    }
-  } else {
-    if (a >= b) {
-      radius = -b;
-      angle = (-b > 0.0) ? (a / (-b) + 6.0) * k_sampling_quarter_pi : 0.0;
-    } else {
-      radius = -a;
-      angle = (-a > 0.0) ? (4.0 - b / (-a)) * k_sampling_quarter_pi : 0.0;
-    }
-  }
+  concentric_map(u, v, radius, angle);
 }
 
 void Sampling::disk_concentric(double const& u, double const& v, GMathVec3<double>& point) {

@@ -6,7 +6,6 @@
 
 #include "platform/math/gmath_frustum.h"
 #include "platform/math/gmath_ray.h"
-#include "sampling/ray_generators.h"
 #include "sampling/rays/ray_math.h"
 
 namespace {
@@ -126,103 +125,4 @@ TEST(SafeNormalize, ThresholdIsStrict) {
   EXPECT_EQ(safe_normalize(small * 2.0, 1e-8), GMathVec3<double>(1.0, 0.0, 0.0));
   GMathVec3<double> const v(3.0, 0.0, 4.0);
   EXPECT_EQ(safe_normalize(v, 1e-8), v * (1.0 / 5.0));
-}
-
-namespace {
-
-// A generator of the test's own: rays from (u, v, m_height) along +z; the
-// discard mode drops samples with u >= 0.5.
-class ToyRayGenerator : public SampleRayGenerator {
- public:
-  ToyRayGenerator() : m_height(0.0) { disable_clipping(); }
-  void disable_clipping() {
-    set_callbacks<ToyRayGenerator, &get_ray_callback, &get_rays_callback, &get_frustum_callback>();
-  }
-  void discard_right_half() {
-    set_callbacks<ToyRayGenerator, &get_ray_discard_callback, &get_rays_discard_callback,
-                  &get_frustum_callback>();
-  }
-  double m_height;
-
- private:
-  static bool build(ToyRayGenerator const& g, GMathVec2<double> const& s, GMathRay& ray) {
-    ray.m_origin = GMathVec3<double>(s.x, s.y, g.m_height);
-    ray.set_direction(GMathVec3<double>(0.0, 0.0, 1.0));
-    clear_differentials(ray);
-    clear_aux_cleared(ray);
-    return true;
-  }
-  static bool build_discard(ToyRayGenerator const& g, GMathVec2<double> const& s, GMathRay& ray) {
-    return s.x < 0.5 && build(g, s, ray);
-  }
-  static bool get_ray_callback(ToyRayGenerator const& g, GMathVec2<double> const& s, GMathRay& ray,
-                               double* weight) {
-    store_unit_weight(weight);
-    return build(g, s, ray);
-  }
-  static bool get_ray_discard_callback(ToyRayGenerator const& g, GMathVec2<double> const& s,
-                                       GMathRay& ray, double* weight) {
-    store_unit_weight(weight);
-    return build_discard(g, s, ray);
-  }
-  static unsigned int get_rays_callback(ToyRayGenerator const& g, GMathVec2<double> const* s,
-                                        unsigned int const& count, GMathRay* rays,
-                                        double* weights) {
-    for (unsigned int i = 0; i < count; ++i)
-      build(g, s[i], rays[i]);
-    store_unit_weights(weights, count);
-    return count;
-  }
-  static unsigned int get_rays_discard_callback(ToyRayGenerator const& g,
-                                                GMathVec2<double> const* s,
-                                                unsigned int const& count, GMathRay* rays,
-                                                double* weights) {
-    unsigned int n = 0;
-    for (unsigned int i = 0; i < count; ++i)
-      n += build_discard(g, s[i], rays[n]) ? 1u : 0u;
-    store_unit_weights(weights, n);
-    return n;
-  }
-  static void get_frustum_callback(ToyRayGenerator const&, GMathVec2<double> const&,
-                                   GMathVec2<double> const&, GMathFrustum& frustum) {
-    frustum.m_plane_count = 0;
-  }
-};
-
-}  // namespace
-
-TEST(SampleRayGenerator, DispatchesThroughTheStoredCallbacks) {
-  ToyRayGenerator toy;
-  toy.m_height = 2.0;
-  SampleRayGenerator const& generator = toy;
-  GMathVec2<double> const samples[4] = {{0.25, 0.5}, {0.75, 0.5}, {0.0, 1.0}, {0.5, 0.0}};
-  GMathRay rays[4];
-  double weights[4] = {-1.0, -1.0, -1.0, -1.0};
-  ASSERT_EQ(generator.get_rays(samples, 4, rays, weights), 4u);
-  EXPECT_EQ(rays[1].m_origin, GMathVec3<double>(0.75, 0.5, 2.0));
-  EXPECT_EQ(weights[3], 1.0);
-
-  // A mode switch replaces the callbacks: rays are packed, weights follow.
-  toy.discard_right_half();
-  double packed_weights[4] = {-1.0, -1.0, -1.0, -1.0};
-  ASSERT_EQ(generator.get_rays(samples, 4, rays, packed_weights), 2u);
-  EXPECT_EQ(rays[0].m_origin, GMathVec3<double>(0.25, 0.5, 2.0));
-  EXPECT_EQ(rays[1].m_origin, GMathVec3<double>(0.0, 1.0, 2.0));
-  EXPECT_EQ(packed_weights[1], 1.0);
-  EXPECT_EQ(packed_weights[2], -1.0);
-  double weight = -1.0;
-  EXPECT_FALSE(generator.get_ray(samples[1], rays[0], &weight));
-  EXPECT_EQ(weight, 1.0);
-  EXPECT_EQ(generator.get_rays(samples, 0, rays, packed_weights), 0u);
-
-  // Assignment copies the callbacks along with the record.
-  ToyRayGenerator copy;
-  copy = toy;
-  EXPECT_EQ(copy.get_rays(samples, 4, rays, nullptr), 2u);
-  GMathFrustum frustum;
-  frustum.m_plane_count = 4;
-  frustum.m_plane_distance[2] = 3.0;
-  copy.get_frustum(samples[0], samples[1], frustum);
-  EXPECT_EQ(frustum.m_plane_count, 0u);
-  EXPECT_EQ(frustum.m_plane_distance[2], 3.0);
 }
