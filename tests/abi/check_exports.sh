@@ -4,12 +4,17 @@
 #  - the exported symbols are exactly those listed in exported_symbols.txt
 #    (so an accidental export, or the removal of a public member, fails);
 #  - nothing exported lies outside the public classes.
+# Weak symbols (inline members the optimiser may or may not emit out of line)
+# are held to the public-class rule but left out of the list, so the list is
+# the same for every build type.
 # Usage: check_exports.sh LIBRARY [--update]
 set -euo pipefail
 lib="$1"
 list="$(dirname "$0")/exported_symbols.txt"
-symbols=$(nm -D --defined-only "$lib" | awk '{ $1 = ""; $2 = ""; sub(/^  /, ""); print }' |
-          c++filt | grep -vE '^_(init|fini)$' | LC_ALL=C sort -u)
+names() { awk '{ $1 = ""; $2 = ""; sub(/^  /, ""); print }' | c++filt | grep -vE '^_(init|fini)$' |
+          LC_ALL=C sort -u; }
+all_symbols=$(nm -D --defined-only "$lib" | names)
+symbols=$(nm -D --defined-only "$lib" | grep -vE ' [WVwv] ' | names)
 
 if [[ "${2:-}" == "--update" ]]; then
   printf '%s\n' "$symbols" > "$list"
@@ -24,15 +29,16 @@ if [[ "$soname" != libsampling.so.* ]]; then
   fail=1
 fi
 leaks=$(grep -vE '^(Sampling|Sampler2d|[A-Za-z]+Sampler2d|SampleRayGenerator|[A-Za-z]+RayGenerator)(::|<)' \
-        <<<"$symbols" || true)
+        <<<"$all_symbols" || true)
 if [[ -n "$leaks" ]]; then
   echo "exported symbols that belong to no public class:"
   echo "$leaks"
   fail=1
 fi
-if ! diff -u "$list" <(printf '%s\n' "$symbols") > /tmp/sampling-abi.diff; then
+difference=$(diff -u "$list" <(printf '%s\n' "$symbols") || true)
+if [[ -n "$difference" ]]; then
   echo "exported symbols differ from $list (- listed, + exported):"
-  grep -E '^[-+][^-+]' /tmp/sampling-abi.diff || true
+  grep -E '^[-+][^-+]' <<<"$difference" || true
   echo "if the change is intended: tests/abi/check_exports.sh $lib --update"
   fail=1
 fi
