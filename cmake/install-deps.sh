@@ -5,6 +5,8 @@
 #   libbenchmark-dev      Google Benchmark, the benchmark framework
 #   binutils              nm and readelf for the exported-symbol check
 # Usage: cmake/install-deps.sh [extra packages...]
+#   Extra packages are installed with the above when missing; `make demo`
+#   passes the demo's own (libembree-dev libpng-dev libtinyobjloader-dev).
 set -euo pipefail
 packages=(cmake g++ make libgtest-dev libbenchmark-dev binutils "$@")
 missing=()
