@@ -34,18 +34,22 @@ struct Options {
   unsigned int spp = 16;
 };
 
+// Prints the problem with a pointer to --help (exit status 2), or the help
+// itself (exit status 0).
 int usage(char const* program, std::string const& problem) {
-  if (!problem.empty())
-    std::fprintf(stderr, "%s: %s\n", program, problem.c_str());
-  std::fprintf(problem.empty() ? stdout : stderr,
-               "usage: %s [--out DIR] [--obj FILE] [--spp N] [--size WxH]\n"
-               "  --out DIR    output folder (default out/demo), created if missing\n"
-               "  --obj FILE   render this Wavefront OBJ mesh (on a ground plane) instead of\n"
-               "               the built-in scene\n"
-               "  --spp N      camera samples per pixel, 1 to %u (default 16)\n"
-               "  --size WxH   image size in pixels, each side 1 to %u (default 640x480)\n",
-               program, k_max_spp, k_max_size);
-  return problem.empty() ? 0 : 2;
+  if (!problem.empty()) {
+    std::fprintf(stderr, "%s: %s (see --help)\n", program, problem.c_str());
+    return 2;
+  }
+  std::printf(
+      "usage: %s [--out DIR] [--obj FILE] [--spp N] [--size WxH]\n"
+      "  --out DIR    output folder (default out/demo), created if missing\n"
+      "  --obj FILE   render this Wavefront OBJ mesh (on a ground plane) instead of\n"
+      "               the built-in scene\n"
+      "  --spp N      camera samples per pixel, 1 to %u (default 16)\n"
+      "  --size WxH   image size in pixels, each side 1 to %u (default 640x480)\n",
+      program, k_max_spp, k_max_size);
+  return 0;
 }
 
 // A whole decimal number in [low, high], digits only (no sign, no spaces).

@@ -1,5 +1,6 @@
 #include "examples/demo/obj_loader.h"
 
+#include <sys/stat.h>
 #include <tiny_obj_loader.h>
 
 #include <cerrno>
@@ -12,11 +13,27 @@ namespace {
 // Far more than the demo needs, and small enough that the scene's buffers
 // cannot exhaust memory on a small machine.
 constexpr std::size_t k_max_triangles = std::size_t(1) << 25;
+// Coordinates beyond this leave no room in single precision for the ground
+// plane and the camera placed around the mesh.
+constexpr double k_max_coordinate = 1e15;
+
+std::string shape_label(tinyobj::shape_t const& shape) {
+  return shape.name.empty() ? std::string("a face") : "a face of '" + shape.name + "'";
+}
 
 }  // namespace
 
 bool load_obj(std::string const& path, Scene& scene, std::string& error) {
   // The parser reports a missing file in its own words; say it plainly first.
+  struct stat info;
+  if (stat(path.c_str(), &info) != 0) {
+    error = "cannot open '" + path + "': " + std::strerror(errno);
+    return false;
+  }
+  if (!S_ISREG(info.st_mode)) {
+    error = "'" + path + "' is not a file";
+    return false;
+  }
   std::FILE* file = std::fopen(path.c_str(), "rb");
   if (!file) {
     error = "cannot open '" + path + "': " + std::strerror(errno);
@@ -38,8 +55,8 @@ bool load_obj(std::string const& path, Scene& scene, std::string& error) {
   std::vector<tinyobj::real_t> const& vertices = reader.GetAttrib().vertices;
   std::size_t const vertex_count = vertices.size() / 3;
   for (tinyobj::real_t const x : vertices) {
-    if (!std::isfinite(x)) {
-      error = "'" + path + "' has a vertex coordinate that is not a finite number";
+    if (!(std::fabs(x) <= k_max_coordinate)) {
+      error = "'" + path + "' has a vertex coordinate that is not a finite number of at most 1e15";
       return false;
     }
   }
@@ -51,14 +68,15 @@ bool load_obj(std::string const& path, Scene& scene, std::string& error) {
     std::size_t offset = 0;
     for (unsigned char const corners : shape.mesh.num_face_vertices) {
       if (offset + corners > indices.size()) {
-        error = "'" + path + "': face list of shape '" + shape.name + "' is truncated";
+        error = "'" + path + "': the face list of " + shape_label(shape) + " is truncated";
         return false;
       }
       for (std::size_t k = 0; k < corners; ++k) {
         int const v = indices[offset + k].vertex_index;
         if (v < 0 || static_cast<std::size_t>(v) >= vertex_count) {
-          error = "'" + path + "': a face of shape '" + shape.name + "' uses vertex " +
-                  std::to_string(v + 1) + " of " + std::to_string(vertex_count);
+          error = "'" + path + "': " + shape_label(shape) +
+                  " refers to a vertex the file does not have (it has " +
+                  std::to_string(vertex_count) + ")";
           return false;
         }
       }
