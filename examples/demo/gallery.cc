@@ -135,10 +135,14 @@ bool Gallery::write_index() const {
     return false;
   out << "<!doctype html>\n<html><head><meta charset=\"utf-8\"><title>sampling demo</title>"
          "<style>body{font-family:sans-serif} figure{display:inline-block;margin:8px;"
-         "width:500px;vertical-align:top}</style></head><body>\n<h1>sampling demo</h1>\n";
+         "width:500px;vertical-align:top} "
+         "figure.wide{width:auto;display:block}</style></head><body>\n<h1>sampling demo</h1>\n";
   for (Entry const& e : m_entries) {
-    out << "<figure><img src=\"" << e.file << "\" width=\"500\"><figcaption>" << e.caption
-        << "</figcaption></figure>\n";
+    // Raster images (the render) at their own size, drawings at one size.
+    bool const raster = e.file.size() > 4 && e.file.compare(e.file.size() - 4, 4, ".png") == 0;
+    out << (raster ? "<figure class=\"wide\"><img src=\"" : "<figure><img src=\"") << e.file
+        << (raster ? "\" style=\"max-width:100%\">" : "\" width=\"500\">") << "<figcaption>"
+        << e.caption << "</figcaption></figure>\n";
   }
   out << "</body></html>\n";
   out.close();
