@@ -132,7 +132,7 @@ std::vector<ConvergenceStudy::Integrand> ConvergenceStudy::integrands() {
   return {{"disk", "indicator of the disk of radius 0.4 about the centre", disk, 0.16 * k_pi},
           {"triangle", "indicator of the triangle (0.1,0.1) (0.9,0.3) (0.4,0.9)", triangle, 0.29},
           {"gaussian", "Gaussian of sigma 0.2 about the centre", gaussian, gaussian_integral()},
-          {"bilinear", "(1 + 2x)(1 + y)", bilinear, 3.0}};
+          {"bilinear", "bilinear function (1 + 2x)(1 + y)", bilinear, 3.0}};
 }
 
 ConvergenceStudy::ConvergenceStudy() : m_samplers(samplers()), m_integrands(integrands()) {
