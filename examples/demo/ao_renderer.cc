@@ -87,8 +87,10 @@ struct AoRenderer::Tile {
   unsigned int x0, y0, x1, y1;
 };
 
-// Everything one render thread touches, sized once before its first pixel.
-struct AoRenderer::ThreadState {
+// Everything one render thread touches, sized once before its first pixel;
+// aligned to a cache line so the threads' counters and samplers, written per
+// pixel, never share one.
+struct alignas(64) AoRenderer::ThreadState {
   PixelSampleSets sets;
   std::vector<GMathVec2<double>> camera_samples;
   std::vector<GMathVec2<double>> occlusion_samples;
@@ -99,7 +101,7 @@ struct AoRenderer::ThreadState {
   std::vector<unsigned int> first_ray, ray_count;
   Stats stats;
 
-  ThreadState(Settings const& s)
+  explicit ThreadState(Settings const& s)
       : camera_samples(s.samples_per_pixel),
         occlusion_samples(s.occlusion_count),
         directions(s.occlusion_count),
