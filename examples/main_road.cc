@@ -8,6 +8,12 @@
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
 
+// What a tracer takes; the ray generators write the platform's GMathRay.
+struct Ray {
+  GMathVec3<double> origin;
+  GMathVec3<double> direction;
+};
+
 int main() {
   // 1. A sampler: 16 Hammersley points, seed 7.
   HammersleySampler2d sampler;
@@ -28,9 +34,15 @@ int main() {
   }
 
   // 4. Rays: origin at the hit, one direction per sample, ready to trace.
+  GMathVec3<double> const hit(0.0, 0.0, 0.0);
+  Ray rays[16];
+  for (unsigned int i = 0; i < sampler.get_sample_count(); ++i)
+    rays[i] = Ray{hit, directions[i]};
+
   for (unsigned int i = 0; i < sampler.get_sample_count(); ++i) {
     std::printf("ray %2u: sample (%.4f, %.4f) -> direction (%+.4f, %+.4f, %+.4f)\n", i,
-                samples[i].x, samples[i].y, directions[i].x, directions[i].y, directions[i].z);
+                samples[i].x, samples[i].y, rays[i].direction.x, rays[i].direction.y,
+                rays[i].direction.z);
   }
   return 0;
 }
