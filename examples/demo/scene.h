@@ -16,11 +16,6 @@ class Scene {
   // plane, about 100K triangles, and a camera that frames it.
   static Scene built_in();
 
-  // Adds a grid of (rows + 1) x (columns + 1) vertices with two triangles
-  // per cell; point(s, t) and normal(s, t) give position and unit normal at
-  // s, t in [0, 1].
-  template <typename Point, typename Normal>
-  void add_grid(unsigned int rows, unsigned int columns, Point const& point, Normal const& normal);
   void add_sphere(GMathVec3<double> const& centre, double radius, unsigned int rings,
                   unsigned int segments);
   // Torus about the y axis through `centre`.
@@ -47,6 +42,13 @@ class Scene {
   GMathVec3<double> m_eye;
   GMathVec3<double> m_target;
   double m_vertical_fov_degrees = 40.0;
+
+ private:
+  // Adds a grid of (rows + 1) x (columns + 1) vertices with two triangles
+  // per cell; point(s, t) and normal(s, t) give position and unit normal at
+  // s, t in [0, 1].
+  template <typename Point, typename Normal>
+  void add_grid(unsigned int rows, unsigned int columns, Point const& point, Normal const& normal);
 };
 
 // Shared vector helpers of the demo.
