@@ -22,7 +22,12 @@ test: deps
 	cmake --build --preset test
 	ctest --preset test
 
-demo: deps
+# The demo's own packages (ray tracer, PNG writer, OBJ reader) come on top of
+# the build's; `make test` never needs them.
+DEMO_PACKAGES = libembree-dev libpng-dev libtinyobjloader-dev
+
+demo:
+	@cmake/install-deps.sh $(DEMO_PACKAGES)
 	cmake --preset release
 	cmake --build --preset release --target sampling_demo
 	build/release/examples/sampling_demo --out $(DEMO_OUT)

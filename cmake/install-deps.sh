@@ -6,6 +6,8 @@
 #   binutils              nm and readelf for the exported-symbol check
 #   pkg-config            the test that builds a consumer against the installed package
 # Usage: cmake/install-deps.sh [extra packages...]
+#   Extra packages are installed with the above when missing; `make demo`
+#   passes the demo's own (libembree-dev libpng-dev libtinyobjloader-dev).
 set -euo pipefail
 packages=(cmake g++ make libgtest-dev libbenchmark-dev binutils pkg-config "$@")
 missing=()

@@ -24,7 +24,8 @@ void draw_packets(Sampler2d& sampler, SvgCanvas& canvas) {
     GMathVec2<double> c0, c1;
     unsigned int const n = sampler.get_packet_samples(p, buffer.data(), c0, c1);
     canvas.box(c0.x, c0.y, c1.x, c1.y, palette(p), 1.5);
-    for (unsigned int i = 0; i < n; ++i) canvas.dot(buffer[i].x, buffer[i].y, 3.0, palette(p));
+    for (unsigned int i = 0; i < n; ++i)
+      canvas.dot(buffer[i].x, buffer[i].y, 3.0, palette(p));
   }
 }
 
@@ -38,21 +39,26 @@ std::vector<GMathVec2<double>> warp_inputs() {
 }
 
 // Maps [-1, 1] onto the unit square of a canvas.
-double to_canvas(double x) { return 0.5 + 0.5 * x; }
+double to_canvas(double x) {
+  return 0.5 + 0.5 * x;
+}
 
 }  // namespace
 
 Gallery::Gallery(std::string const& out_dir) : m_out_dir(out_dir) {}
 
-template <typename Canvas>
-bool Gallery::save(Canvas const& canvas, std::string const& file, std::string const& caption) {
+bool Gallery::save(SvgCanvas const& canvas, std::string const& file, std::string const& caption) {
   std::string const path = m_out_dir + "/" + file;
   if (!canvas.save(path)) {
     m_failed = path;
     return false;
   }
-  m_entries.push_back(Entry{file, caption});
+  add(file, caption);
   return true;
+}
+
+void Gallery::add(std::string const& file, std::string const& caption) {
+  m_entries.push_back(Entry{file, caption});
 }
 
 bool Gallery::write_patterns() {
@@ -79,7 +85,8 @@ bool Gallery::write_patterns() {
     sub.init_sub(0, 4, set, 64);
     std::vector<GMathVec2<double>> samples(64);
     sub.get_all_samples(samples.data());
-    for (auto const& s : samples) sub_canvas.dot(s.x, s.y, 3.0, palette(set));
+    for (auto const& s : samples)
+      sub_canvas.dot(s.x, s.y, 3.0, palette(set));
   }
   return save(sub_canvas, "pattern_hammersley_subsets.svg",
               "Four disjoint Hammersley sub-sets of 64 that together make the 256-point set.");
@@ -93,7 +100,8 @@ bool Gallery::write_warps() {
   SvgCanvas cone(k_size, "hemisphere_cosine_concentric, radius_scale 0.5 (top view)");
   SvgCanvas uniform(k_size, "Sampling::hemisphere_uniform (top view)");
   SvgCanvas sphere(k_size, "Sampling::sphere_uniform (front half dark)");
-  for (SvgCanvas* c : {&disk, &cosine, &cone, &uniform}) c->circle(0.5, 0.5, 0.5, "#999", 1.0);
+  for (SvgCanvas* c : {&disk, &cosine, &cone, &uniform})
+    c->circle(0.5, 0.5, 0.5, "#999", 1.0);
   sphere.circle(0.5, 0.5, 0.5, "#999", 1.0);
 
   for (auto const& s : inputs) {
@@ -123,13 +131,18 @@ bool Gallery::write_warps() {
 bool Gallery::write_index() const {
   std::string const path = m_out_dir + "/index.html";
   std::ofstream out(path);
-  if (!out) return false;
+  if (!out)
+    return false;
   out << "<!doctype html>\n<html><head><meta charset=\"utf-8\"><title>sampling demo</title>"
          "<style>body{font-family:sans-serif} figure{display:inline-block;margin:8px;"
-         "width:500px;vertical-align:top}</style></head><body>\n<h1>sampling demo</h1>\n";
+         "width:500px;vertical-align:top} "
+         "figure.wide{width:auto;display:block}</style></head><body>\n<h1>sampling demo</h1>\n";
   for (Entry const& e : m_entries) {
-    out << "<figure><img src=\"" << e.file << "\" width=\"500\"><figcaption>" << e.caption
-        << "</figcaption></figure>\n";
+    // Raster images (the render) at their own size, drawings at one size.
+    bool const raster = e.file.size() > 4 && e.file.compare(e.file.size() - 4, 4, ".png") == 0;
+    out << (raster ? "<figure class=\"wide\"><img src=\"" : "<figure><img src=\"") << e.file
+        << (raster ? "\" style=\"max-width:100%\">" : "\" width=\"500\">") << "<figcaption>"
+        << e.caption << "</figcaption></figure>\n";
   }
   out << "</body></html>\n";
   out.close();

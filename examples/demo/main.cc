@@ -1,26 +1,108 @@
-// The sampling demo: draws the library's sample patterns and warps into an
-// output folder and lists what it wrote.
+// The sampling demo: renders an ambient-occlusion image with Embree from the
+// library's samples, runs a convergence study of the samplers, draws the
+// sample patterns and warps, and writes an index page over all of it.
 //
-//   sampling_demo [--out DIR]
+//   sampling_demo [--out DIR] [--obj FILE] [--spp N] [--size WxH]
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 
+#include "examples/demo/ao_renderer.h"
+#include "examples/demo/convergence.h"
 #include "examples/demo/gallery.h"
+#include "examples/demo/obj_loader.h"
+#include "examples/demo/png_writer.h"
+#include "examples/demo/scene.h"
 
 namespace {
 
-int usage(char const* program, char const* problem) {
-  if (problem) std::fprintf(stderr, "%s: %s\n", program, problem);
-  std::fprintf(problem ? stderr : stdout,
-               "usage: %s [--out DIR]\n"
-               "  --out DIR   output folder (default out/demo), created if missing\n",
-               program);
-  return problem ? 2 : 0;
+constexpr unsigned int k_max_size = 4096;
+constexpr unsigned int k_max_spp = 1024;
+
+struct Options {
+  std::string out_dir = "out/demo";
+  std::string obj;
+  unsigned int width = 640;
+  unsigned int height = 480;
+  unsigned int spp = 16;
+};
+
+// Prints the problem with a pointer to --help (exit status 2), or the help
+// itself (exit status 0).
+int usage(char const* program, std::string const& problem) {
+  if (!problem.empty()) {
+    std::fprintf(stderr, "%s: %s (see --help)\n", program, problem.c_str());
+    return 2;
+  }
+  std::printf(
+      "usage: %s [--out DIR] [--obj FILE] [--spp N] [--size WxH]\n"
+      "  --out DIR    output folder (default out/demo), created if missing\n"
+      "  --obj FILE   render this Wavefront OBJ mesh (on a ground plane) instead of\n"
+      "               the built-in scene\n"
+      "  --spp N      camera samples per pixel, 1 to %u (default 16)\n"
+      "  --size WxH   image size in pixels, each side 1 to %u (default 640x480)\n",
+      program, k_max_spp, k_max_size);
+  return 0;
+}
+
+// A whole decimal number in [low, high], digits only (no sign, no spaces).
+bool parse_count(std::string const& text, unsigned int low, unsigned int high,
+                 unsigned int& value) {
+  if (text.empty() || text.size() > 9)
+    return false;
+  for (char const c : text) {
+    if (c < '0' || c > '9')
+      return false;
+  }
+  unsigned long const v = std::strtoul(text.c_str(), nullptr, 10);
+  if (v < low || v > high)
+    return false;
+  value = static_cast<unsigned int>(v);
+  return true;
+}
+
+// Returns an empty string, or what is wrong with the command line.
+std::string parse_options(int argc, char** argv, Options& options, bool& help) {
+  help = false;
+  for (int i = 1; i < argc; ++i) {
+    std::string const arg = argv[i];
+    if (arg == "--help" || arg == "-h") {
+      help = true;
+      return "";
+    }
+    bool const takes_value = arg == "--out" || arg == "--obj" || arg == "--spp" || arg == "--size";
+    if (!takes_value)
+      return "unknown option '" + arg + "'";
+    if (i + 1 >= argc || argv[i + 1][0] == '\0')
+      return arg + " needs a value";
+    std::string const value = argv[++i];
+    if (arg == "--out") {
+      options.out_dir = value;
+    } else if (arg == "--obj") {
+      options.obj = value;
+    } else if (arg == "--spp") {
+      if (!parse_count(value, 1, k_max_spp, options.spp)) {
+        return "--spp needs a whole number from 1 to " + std::to_string(k_max_spp) + ", not '" +
+               value + "'";
+      }
+    } else {
+      std::size_t const x = value.find('x');
+      if (x == std::string::npos ||
+          !parse_count(value.substr(0, x), 1, k_max_size, options.width) ||
+          !parse_count(value.substr(x + 1), 1, k_max_size, options.height)) {
+        return "--size needs WxH with whole numbers from 1 to " + std::to_string(k_max_size) +
+               ", such as 640x480, not '" + value + "'";
+      }
+    }
+  }
+  return "";
 }
 
 // mkdir -p.
@@ -28,45 +110,140 @@ bool make_folder(std::string const& path) {
   std::string partial;
   for (std::size_t i = 0; i <= path.size(); ++i) {
     if (i == path.size() || path[i] == '/') {
-      if (!partial.empty() && mkdir(partial.c_str(), 0755) != 0 && errno != EEXIST) return false;
+      if (!partial.empty() && mkdir(partial.c_str(), 0755) != 0 && errno != EEXIST)
+        return false;
     }
-    if (i < path.size()) partial += path[i];
+    if (i < path.size())
+      partial += path[i];
   }
   struct stat info;
   return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+// The scene to render and the occlusion distance that suits its size.
+bool make_scene(Options const& options, Scene& scene, double& max_distance, std::string& error) {
+  if (options.obj.empty()) {
+    scene = Scene::built_in();
+    max_distance = 1.5;
+    return true;
+  }
+  if (!load_obj(options.obj, scene, error))
+    return false;
+  scene.frame_camera();
+  GMathVec3<double> low, high;
+  scene.bounds(low, high);
+  double const diagonal = (high - low).length();
+  GMathVec3<double> const centre = (low + high) * 0.5;
+  scene.add_ground(centre.x, low.y, centre.z, 1.5 * diagonal);
+  max_distance = 0.25 * diagonal;
+  return true;
+}
+
+std::string thousands(unsigned long long n) {
+  std::string digits = std::to_string(n), out;
+  for (std::size_t i = 0; i < digits.size(); ++i) {
+    if (i > 0 && (digits.size() - i) % 3 == 0)
+      out += ',';
+    out += digits[i];
+  }
+  return out;
+}
+
+bool render_ao(Options const& options, Scene const& scene, double max_distance, Gallery& gallery,
+               std::string& error) {
+  AoRenderer renderer;
+  if (!renderer.build(scene, error))
+    return false;
+  AoRenderer::Settings settings;
+  settings.width = options.width;
+  settings.height = options.height;
+  settings.samples_per_pixel = options.spp;
+  settings.max_distance = max_distance;
+  settings.threads = std::min(std::max(std::thread::hardware_concurrency(), 1u), 64u);
+  std::vector<std::uint8_t> image;
+  AoRenderer::Stats stats;
+  renderer.render(settings, image, stats);
+  if (!write_png_grey(options.out_dir + "/ao.png", settings.width, settings.height, image, error))
+    return false;
+
+  std::uint64_t const rays = stats.camera_rays + stats.occlusion_rays;
+  std::printf(
+      "ambient occlusion: %ux%u pixels, %u samples per pixel, %u occlusion samples per hit, "
+      "%s triangles, %u threads\n",
+      settings.width, settings.height, settings.samples_per_pixel, settings.occlusion_count,
+      thousands(scene.triangle_count()).c_str(), settings.threads);
+  std::printf(
+      "  rays: %s camera + %s occlusion = %s (%s occlusion samples clipped below the "
+      "surface)\n",
+      thousands(stats.camera_rays).c_str(), thousands(stats.occlusion_rays).c_str(),
+      thousands(rays).c_str(), thousands(stats.occlusion_samples - stats.occlusion_rays).c_str());
+  std::printf("  generated (samples + rays): %8.1f Mrays/s per thread (%.2f s of thread time)\n",
+              rays / stats.generate_seconds * 1e-6, stats.generate_seconds);
+  std::printf("  traced (Embree):            %8.1f Mrays/s per thread (%.2f s of thread time)\n",
+              rays / stats.trace_seconds * 1e-6, stats.trace_seconds);
+  std::printf("  wall time %.2f s; wrote %s/ao.png\n", stats.wall_seconds, options.out_dir.c_str());
+  gallery.add("ao.png", "Ambient occlusion traced by Embree: " + std::to_string(settings.width) +
+                            "x" + std::to_string(settings.height) + ", " +
+                            std::to_string(settings.samples_per_pixel) +
+                            " pixel samples, cosine occlusion rays clipped at the true surface.");
+  return true;
+}
+
+bool run_convergence(Options const& options, Gallery& gallery, std::string& error) {
+  ConvergenceStudy study;
+  study.run();
+  std::string const csv = options.out_dir + "/convergence.csv";
+  if (!study.write_csv(csv)) {
+    error = "cannot write '" + csv + "': " + std::strerror(errno);
+    return false;
+  }
+  if (!study.write_plots(gallery)) {
+    error = "cannot write '" + gallery.failed_path() + "': " + std::strerror(errno);
+    return false;
+  }
+  study.print_slopes(stdout);
+  std::printf("  wrote %s and one plot per integrand\n", csv.c_str());
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string out_dir = "out/demo";
-  for (int i = 1; i < argc; ++i) {
-    std::string const arg = argv[i];
-    if (arg == "--help" || arg == "-h") return usage(argv[0], nullptr);
-    if (arg == "--out") {
-      if (i + 1 >= argc || argv[i + 1][0] == '\0') return usage(argv[0], "--out needs a folder");
-      out_dir = argv[++i];
-      continue;
-    }
-    std::string const problem = "unknown option '" + arg + "'";
-    return usage(argv[0], problem.c_str());
+  Options options;
+  bool help = false;
+  std::string const problem = parse_options(argc, argv, options, help);
+  if (help || !problem.empty())
+    return usage(argv[0], problem);
+
+  // Read the input before writing anything, so a bad file leaves no output.
+  Scene scene;
+  double max_distance = 1.0;
+  std::string error;
+  if (!make_scene(options, scene, max_distance, error)) {
+    std::fprintf(stderr, "%s: %s\n", argv[0], error.c_str());
+    return 1;
   }
-  if (!make_folder(out_dir)) {
-    std::fprintf(stderr, "%s: cannot create folder '%s': %s\n", argv[0], out_dir.c_str(),
+  if (!make_folder(options.out_dir)) {
+    std::fprintf(stderr, "%s: cannot create folder '%s': %s\n", argv[0], options.out_dir.c_str(),
                  std::strerror(errno));
     return 1;
   }
 
-  Gallery gallery(out_dir);
+  Gallery gallery(options.out_dir);
+  if (!render_ao(options, scene, max_distance, gallery, error) ||
+      !run_convergence(options, gallery, error)) {
+    std::fprintf(stderr, "%s: %s\n", argv[0], error.c_str());
+    return 1;
+  }
   if (!gallery.write_patterns() || !gallery.write_warps() || !gallery.write_index()) {
     std::string const failed =
-        gallery.failed_path().empty() ? out_dir + "/index.html" : gallery.failed_path();
+        gallery.failed_path().empty() ? options.out_dir + "/index.html" : gallery.failed_path();
     std::fprintf(stderr, "%s: cannot write '%s': %s\n", argv[0], failed.c_str(),
                  std::strerror(errno));
     return 1;
   }
   std::printf("sampling demo: wrote %zu pictures to %s/\n", gallery.entries().size(),
-              out_dir.c_str());
+              options.out_dir.c_str());
   for (Gallery::Entry const& e : gallery.entries()) {
     std::printf("  %-36s %s\n", e.file.c_str(), e.caption.c_str());
   }

@@ -12,12 +12,31 @@ std::string number(double x) {
   std::snprintf(buffer, sizeof(buffer), "%.2f", x);
   return buffer;
 }
+std::string escaped(std::string const& text) {
+  std::string out;
+  for (char const c : text) {
+    if (c == '&') {
+      out += "&amp;";
+    } else if (c == '<') {
+      out += "&lt;";
+    } else if (c == '>') {
+      out += "&gt;";
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
 }  // namespace
 
 SvgCanvas::SvgCanvas(int size, std::string const& title) : m_size(size), m_title(title) {}
 
-double SvgCanvas::px(double u) const { return k_margin + u * m_size; }
-double SvgCanvas::py(double v) const { return k_margin + (1.0 - v) * m_size; }
+double SvgCanvas::px(double u) const {
+  return k_margin + u * m_size;
+}
+double SvgCanvas::py(double v) const {
+  return k_margin + (1.0 - v) * m_size;
+}
 
 void SvgCanvas::dot(double u, double v, double r, std::string const& color) {
   m_shapes.push_back("<circle cx=\"" + number(px(u)) + "\" cy=\"" + number(py(v)) + "\" r=\"" +
@@ -28,8 +47,8 @@ void SvgCanvas::box(double u0, double v0, double u1, double v1, std::string cons
                     double width) {
   m_shapes.push_back("<rect x=\"" + number(px(u0)) + "\" y=\"" + number(py(v1)) + "\" width=\"" +
                      number((u1 - u0) * m_size) + "\" height=\"" + number((v1 - v0) * m_size) +
-                     "\" fill=\"none\" stroke=\"" + color + "\" stroke-width=\"" +
-                     number(width) + "\"/>");
+                     "\" fill=\"none\" stroke=\"" + color + "\" stroke-width=\"" + number(width) +
+                     "\"/>");
 }
 
 void SvgCanvas::line(double u0, double v0, double u1, double v1, std::string const& color,
@@ -45,9 +64,17 @@ void SvgCanvas::circle(double u, double v, double r, std::string const& color, d
                      "\" stroke-width=\"" + number(width) + "\"/>");
 }
 
+void SvgCanvas::text(double u, double v, std::string const& text, double size,
+                     std::string const& color, std::string const& anchor) {
+  m_shapes.push_back("<text x=\"" + number(px(u)) + "\" y=\"" + number(py(v)) +
+                     "\" font-family=\"sans-serif\" font-size=\"" + number(size) + "\" fill=\"" +
+                     color + "\" text-anchor=\"" + anchor + "\">" + escaped(text) + "</text>");
+}
+
 bool SvgCanvas::save(std::string const& path) const {
   std::ofstream out(path);
-  if (!out) return false;
+  if (!out)
+    return false;
   int const w = m_size + 2 * k_margin;
   int const h = w + k_caption;
   out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << w << "\" height=\"" << h
@@ -55,9 +82,11 @@ bool SvgCanvas::save(std::string const& path) const {
       << "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
       << "<rect x=\"" << k_margin << "\" y=\"" << k_margin << "\" width=\"" << m_size
       << "\" height=\"" << m_size << "\" fill=\"none\" stroke=\"#999\"/>\n";
-  for (std::string const& shape : m_shapes) out << shape << '\n';
+  for (std::string const& shape : m_shapes)
+    out << shape << '\n';
   out << "<text x=\"" << k_margin << "\" y=\"" << (w + k_caption / 2 + 4)
-      << "\" font-family=\"sans-serif\" font-size=\"14\">" << m_title << "</text>\n</svg>\n";
+      << "\" font-family=\"sans-serif\" font-size=\"14\">" << escaped(m_title)
+      << "</text>\n</svg>\n";
   out.close();
   return static_cast<bool>(out);
 }

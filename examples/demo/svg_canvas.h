@@ -19,6 +19,11 @@ class SvgCanvas {
   // Circle of centre (u, v) and radius r, in unit-square units, outlined.
   void circle(double u, double v, double r, std::string const& color, double width);
 
+  // Text with its anchor point at (u, v); anchor is "start", "middle" or
+  // "end". The text is escaped for XML.
+  void text(double u, double v, std::string const& text, double size, std::string const& color,
+            std::string const& anchor);
+
   // Writes the document; returns false (with errno set) when the file cannot
   // be written.
   bool save(std::string const& path) const;

@@ -1,0 +1,304 @@
+#include "examples/demo/convergence.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+
+#include "examples/demo/gallery.h"
+#include "examples/demo/pixel_sample_sets.h"
+#include "examples/demo/svg_canvas.h"
+#include "platform/random/grandom_mt.h"
+#include "sampling/patterns/radical_inverse.h"
+#include "sampling/samplers.h"
+
+namespace {
+
+constexpr double k_pi = 3.14159265358979323846;
+
+// ---- Samplers -------------------------------------------------------------
+
+unsigned int trial_seed(unsigned int trial) {
+  return hash_u32(trial + 1u);
+}
+
+// Baseline: independent uniform points, 32-bit outputs of the Mersenne
+// Twister mapped to [0,1] as the library's random modes do.
+bool fill_random(unsigned int count, unsigned int trial, GMathVec2<double>* samples) {
+  GRandomMt random(trial_seed(trial));
+  for (unsigned int i = 0; i < count; ++i) {
+    samples[i].x = unit_from_u32(random.genrand_int32());
+    samples[i].y = unit_from_u32(random.genrand_int32());
+  }
+  return true;
+}
+
+// Jitter 1 over an n x n grid: only square counts.
+bool fill_stratified(unsigned int count, unsigned int trial, GMathVec2<double>* samples) {
+  unsigned int const n = static_cast<unsigned int>(std::lround(std::sqrt(count)));
+  if (n * n != count)
+    return false;
+  GRandomMt random(trial_seed(trial));
+  StratifiedSampler2d sampler;
+  sampler.init(random, n, n, n, n, 1.0, 1.0);
+  sampler.get_all_samples(samples);
+  return true;
+}
+
+bool fill_hammersley(unsigned int count, unsigned int trial, GMathVec2<double>* samples) {
+  HammersleySampler2d sampler;
+  sampler.init(trial_seed(trial), count, 1);
+  sampler.get_all_samples(samples);
+  return true;
+}
+
+// One of `sets` disjoint sub-sets of a Hammersley set of sets x count points.
+// An odd split takes every sets-th point, which keeps each set spread over
+// the square; an even split hands out neighbouring pairs in the shuffled
+// order, so one set alone covers only part of the u range and is a biased
+// estimate: its sets are meant to be used together (as the pixel's hits do).
+template <unsigned int sets>
+bool fill_hammersley_subset(unsigned int count, unsigned int trial, GMathVec2<double>* samples) {
+  HammersleySampler2d sampler;
+  sampler.init_sub(trial_seed(trial), sets, trial % sets, count);
+  sampler.get_all_samples(samples);
+  return true;
+}
+
+// ---- Integrands -----------------------------------------------------------
+
+// Disk of radius 0.4 about (0.5, 0.5): integral = pi 0.4^2 = 0.16 pi.
+double disk(double x, double y) {
+  double const dx = x - 0.5, dy = y - 0.5;
+  return dx * dx + dy * dy < 0.16 ? 1.0 : 0.0;
+}
+
+// Triangle (0.1, 0.1), (0.9, 0.3), (0.4, 0.9): integral = its area
+// = |(0.8)(0.8) - (0.3)(0.2)| / 2 = 0.29. Inside when on the left of all
+// three counter-clockwise edges.
+double triangle(double x, double y) {
+  auto left = [x, y](double ax, double ay, double bx, double by) {
+    return (bx - ax) * (y - ay) - (by - ay) * (x - ax) >= 0.0;
+  };
+  return left(0.1, 0.1, 0.9, 0.3) && left(0.9, 0.3, 0.4, 0.9) && left(0.4, 0.9, 0.1, 0.1) ? 1.0
+                                                                                          : 0.0;
+}
+
+// exp(-|p - c|^2 / (2 s^2)) with c = (0.5, 0.5), s = 0.2: separable, so
+// integral = (s sqrt(2 pi) erf(0.5 / (s sqrt 2)))^2.
+constexpr double k_sigma = 0.2;
+double gaussian(double x, double y) {
+  double const dx = x - 0.5, dy = y - 0.5;
+  return std::exp(-(dx * dx + dy * dy) / (2.0 * k_sigma * k_sigma));
+}
+double gaussian_integral() {
+  double const one_axis =
+      k_sigma * std::sqrt(2.0 * k_pi) * std::erf(0.5 / (k_sigma * std::sqrt(2.0)));
+  return one_axis * one_axis;
+}
+
+// (1 + 2x)(1 + y) = 1 + 2x + y + 2xy: integral = (1 + 1)(1 + 1/2) = 3.
+double bilinear(double x, double y) {
+  return (1.0 + 2.0 * x) * (1.0 + y);
+}
+
+// ---- Least squares and plotting -------------------------------------------
+
+std::string const& color(std::size_t i) {
+  static std::string const colors[] = {"#1f77b4", "#ff7f0e", "#2ca02c", "#d62728",
+                                       "#9467bd", "#8c564b", "#e377c2", "#17becf"};
+  return colors[i % 8];
+}
+
+std::string format(char const* pattern, double value) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof(buffer), pattern, value);
+  return buffer;
+}
+
+}  // namespace
+
+std::vector<ConvergenceStudy::Sampler> ConvergenceStudy::samplers() {
+  // The table every result of the study comes from. HaltonSampler2d and the
+  // four HierarchicalSampler2d modes (random, Hammersley, Halton, Sobol; the
+  // Hammersley mode after Sampling::init) join here as further rows.
+  return {{"random", fill_random},
+          {"stratified", fill_stratified},
+          {"hammersley", fill_hammersley},
+          {"hammersley_sub3", fill_hammersley_subset<3>},
+          {"hammersley_sub4", fill_hammersley_subset<4>}};
+}
+
+std::vector<ConvergenceStudy::Integrand> ConvergenceStudy::integrands() {
+  return {{"disk", "indicator of the disk of radius 0.4 about the centre", disk, 0.16 * k_pi},
+          {"triangle", "indicator of the triangle (0.1,0.1) (0.9,0.3) (0.4,0.9)", triangle, 0.29},
+          {"gaussian", "Gaussian of sigma 0.2 about the centre", gaussian, gaussian_integral()},
+          {"bilinear", "bilinear function (1 + 2x)(1 + y)", bilinear, 3.0}};
+}
+
+ConvergenceStudy::ConvergenceStudy() : m_samplers(samplers()), m_integrands(integrands()) {
+  for (unsigned int n = k_min_count; n <= k_max_count; n *= 2)
+    m_counts.push_back(n);
+}
+
+double ConvergenceStudy::rmse(std::size_t integrand, std::size_t sampler, std::size_t count) const {
+  return m_rmse[(integrand * m_samplers.size() + sampler) * m_counts.size() + count];
+}
+
+void ConvergenceStudy::run() {
+  std::size_t const ni = m_integrands.size(), ns = m_samplers.size(), nc = m_counts.size();
+  m_rmse.assign(ni * ns * nc, 0.0);
+  std::vector<GMathVec2<double>> samples(k_max_count);
+  for (std::size_t s = 0; s < ns; ++s) {
+    for (std::size_t c = 0; c < nc; ++c) {
+      unsigned int const n = m_counts[c];
+      std::vector<double> squared(ni, 0.0);
+      bool served = true;
+      for (unsigned int trial = 0; trial < k_trials && served; ++trial) {
+        served = m_samplers[s].fill(n, trial, samples.data());
+        for (std::size_t i = 0; i < ni && served; ++i) {
+          double sum = 0.0;
+          for (unsigned int k = 0; k < n; ++k)
+            sum += m_integrands[i].f(samples[k].x, samples[k].y);
+          double const error = sum / n - m_integrands[i].exact;
+          squared[i] += error * error;
+        }
+      }
+      for (std::size_t i = 0; i < ni; ++i) {
+        m_rmse[(i * ns + s) * nc + c] = served ? std::sqrt(squared[i] / k_trials) : -1.0;
+      }
+    }
+  }
+}
+
+double ConvergenceStudy::slope(std::size_t integrand, std::size_t sampler) const {
+  double sx = 0.0, sy = 0.0, sxx = 0.0, sxy = 0.0;
+  unsigned int points = 0;
+  for (std::size_t c = 0; c < m_counts.size(); ++c) {
+    double const e = rmse(integrand, sampler, c);
+    if (!(e > 0.0))
+      continue;
+    double const x = std::log(static_cast<double>(m_counts[c])), y = std::log(e);
+    sx += x;
+    sy += y;
+    sxx += x * x;
+    sxy += x * y;
+    ++points;
+  }
+  if (points < 2)
+    return std::nan("");
+  return (points * sxy - sx * sy) / (points * sxx - sx * sx);
+}
+
+bool ConvergenceStudy::write_csv(std::string const& path) const {
+  std::ofstream out(path);
+  if (!out)
+    return false;
+  out << "integrand,sampler,count,rmse\n";
+  out.precision(9);
+  for (std::size_t i = 0; i < m_integrands.size(); ++i) {
+    for (std::size_t s = 0; s < m_samplers.size(); ++s) {
+      for (std::size_t c = 0; c < m_counts.size(); ++c) {
+        if (rmse(i, s, c) < 0.0)
+          continue;
+        out << m_integrands[i].name << ',' << m_samplers[s].name << ',' << m_counts[c] << ','
+            << rmse(i, s, c) << '\n';
+      }
+    }
+  }
+  out.close();
+  return static_cast<bool>(out);
+}
+
+bool ConvergenceStudy::write_plots(Gallery& gallery) const {
+  // Plot area inside the canvas's unit square, leaving room for the labels.
+  double const left = 0.13, right = 0.97, bottom = 0.09, top = 0.97;
+  double const log_n0 = std::log10(static_cast<double>(k_min_count));
+  double const log_n1 = std::log10(static_cast<double>(k_max_count));
+  for (std::size_t i = 0; i < m_integrands.size(); ++i) {
+    double lo = 1e300, hi = 0.0;
+    for (std::size_t s = 0; s < m_samplers.size(); ++s) {
+      for (std::size_t c = 0; c < m_counts.size(); ++c) {
+        double const e = rmse(i, s, c);
+        if (e > 0.0)
+          lo = std::min(lo, e), hi = std::max(hi, e);
+      }
+    }
+    if (!(hi > 0.0))
+      continue;
+    double const y0 = std::floor(std::log10(lo)), y1 = std::ceil(std::log10(hi));
+    auto px = [&](double n) {
+      return left + (std::log10(n) - log_n0) / (log_n1 - log_n0) * (right - left);
+    };
+    auto py = [&](double e) { return bottom + (std::log10(e) - y0) / (y1 - y0) * (top - bottom); };
+
+    SvgCanvas canvas(480, std::string("RMSE against N, log-log: ") + m_integrands[i].name);
+    canvas.box(left, bottom, right, top, "#999", 1.0);
+    for (unsigned int n = k_min_count; n <= k_max_count; n *= 4) {
+      canvas.line(px(n), bottom, px(n), top, "#eee", 1.0);
+      canvas.text(px(n), bottom - 0.04, std::to_string(n), 11, "#333", "middle");
+    }
+    for (double d = y0; d <= y1; d += 1.0) {
+      canvas.line(left, py(std::pow(10.0, d)), right, py(std::pow(10.0, d)), "#eee", 1.0);
+      canvas.text(left - 0.01, py(std::pow(10.0, d)) - 0.01, format("1e%.0f", d), 11, "#333",
+                  "end");
+    }
+    canvas.text(0.5 * (left + right), 0.005, "samples N", 12, "#333", "middle");
+    // Reference slopes -1/2 and -1 from the random sampler's first point.
+    double const e0 = rmse(i, 0, 0);
+    if (e0 > 0.0) {
+      double const n1 = k_max_count;
+      canvas.line(px(k_min_count), py(e0), px(n1), py(e0 * std::sqrt(k_min_count / n1)), "#bbb",
+                  1.0);
+      canvas.text(px(n1) - 0.01, py(e0 * std::sqrt(k_min_count / n1)) + 0.015, "N^-1/2", 10, "#888",
+                  "end");
+      double const e1 = e0 * k_min_count / n1;
+      if (std::log10(e1) > y0) {
+        canvas.line(px(k_min_count), py(e0), px(n1), py(e1), "#bbb", 1.0);
+        canvas.text(px(n1) - 0.01, py(e1) + 0.015, "N^-1", 10, "#888", "end");
+      }
+    }
+    for (std::size_t s = 0; s < m_samplers.size(); ++s) {
+      double prev_n = 0.0, prev_e = 0.0;
+      for (std::size_t c = 0; c < m_counts.size(); ++c) {
+        double const e = rmse(i, s, c);
+        if (!(e > 0.0))
+          continue;
+        double const n = m_counts[c];
+        if (prev_e > 0.0)
+          canvas.line(px(prev_n), py(prev_e), px(n), py(e), color(s), 2.0);
+        canvas.dot(px(n), py(e), 3.0, color(s));
+        prev_n = n;
+        prev_e = e;
+      }
+      double const legend_v = bottom + 0.03 + 0.045 * (m_samplers.size() - 1 - s);
+      canvas.line(left + 0.02, legend_v, left + 0.07, legend_v, color(s), 2.0);
+      canvas.text(left + 0.08, legend_v - 0.01,
+                  std::string(m_samplers[s].name) + format("  (slope %.2f)", slope(i, s)), 11,
+                  "#333", "start");
+    }
+    std::string const file = std::string("convergence_") + m_integrands[i].name + ".svg";
+    if (!gallery.save(canvas, file,
+                      std::string("Convergence on the ") + m_integrands[i].description +
+                          ": RMSE over " + std::to_string(k_trials) +
+                          " seeds against N, one line per sampler."))
+      return false;
+  }
+  return true;
+}
+
+void ConvergenceStudy::print_slopes(std::FILE* out) const {
+  std::fprintf(out,
+               "convergence: fitted slope of log RMSE against log N (N = %u .. %u, %u seeds)\n",
+               k_min_count, k_max_count, k_trials);
+  std::fprintf(out, "  %-20s", "sampler");
+  for (Integrand const& integrand : m_integrands)
+    std::fprintf(out, " %9s", integrand.name);
+  std::fprintf(out, "\n");
+  for (std::size_t s = 0; s < m_samplers.size(); ++s) {
+    std::fprintf(out, "  %-20s", m_samplers[s].name);
+    for (std::size_t i = 0; i < m_integrands.size(); ++i) {
+      std::fprintf(out, " %9.2f", slope(i, s));
+    }
+    std::fprintf(out, "\n");
+  }
+}

@@ -1,0 +1,29 @@
+#include "examples/demo/pixel_sample_sets.h"
+
+unsigned int hash_u32(unsigned int x) {
+  x ^= x >> 16;
+  x *= 0x7feb352du;
+  x ^= x >> 15;
+  x *= 0x846ca68bu;
+  x ^= x >> 16;
+  return x;
+}
+
+void PixelSampleSets::init(unsigned int seed, unsigned int samples_per_pixel,
+                           unsigned int occlusion_count) {
+  m_seed = seed;
+  m_samples_per_pixel = samples_per_pixel;
+  m_occlusion_count = occlusion_count;
+}
+
+void PixelSampleSets::camera_samples(unsigned int pixel, GMathVec2<double>* samples) {
+  m_sampler.init(hash_u32(m_seed ^ hash_u32(pixel)), m_samples_per_pixel, 1);
+  m_sampler.get_all_samples(samples);
+}
+
+void PixelSampleSets::occlusion_samples(unsigned int pixel, unsigned int sample,
+                                        GMathVec2<double>* samples) {
+  m_sampler.init_sub(hash_u32(~m_seed ^ hash_u32(pixel)), m_samples_per_pixel, sample,
+                     m_occlusion_count);
+  m_sampler.get_all_samples(samples);
+}
