@@ -17,18 +17,25 @@ inline double unit_from_u32(unsigned int const& r) {
   return static_cast<double>(r) * k_unit_from_u32_scale;
 }
 
-// Base-2 radical inverse: the 32 bits of n mirrored about the binary point.
-// The loop adds exact powers of two, so the result is exactly
-// bit_reverse(n) * 2^-32, in [0, 1 - 2^-32].
-inline double radical_inverse_2(unsigned int n) {
-  double result = 0.0;
-  double w = 0.5;
-  while (n != 0) {
-    if (n & 1u) result = w + result;
-    n >>= 1;
-    w = w * 0.5;
-  }
-  return result;
+// The 32 bits of n in reverse order (bit 0 becomes bit 31 and so on).
+inline unsigned int reverse_bits(unsigned int n) {
+  n = ((n >> 1) & 0x55555555u) | ((n & 0x55555555u) << 1);
+  n = ((n >> 2) & 0x33333333u) | ((n & 0x33333333u) << 2);
+  n = ((n >> 4) & 0x0F0F0F0Fu) | ((n & 0x0F0F0F0Fu) << 4);
+  n = ((n >> 8) & 0x00FF00FFu) | ((n & 0x00FF00FFu) << 8);
+  return (n >> 16) | (n << 16);
+}
+
+// Base-2 radical inverse: the 32 bits of n mirrored about the binary point,
+// in [0, 1 - 2^-32]. Defined as the digit loop
+//   result = 0, w = 0.5; per bit from the lowest: if set, result = w + result;
+//   w = w * 0.5
+// whose partial sums are all exact in double, so it equals
+// bit_reverse(n) * 2^-32 exactly: an integer below 2^32 converts to double
+// without rounding and the power-of-two scale is exact. That closed form is
+// what runs; the tests compare it with the loop bit for bit.
+inline double radical_inverse_2(unsigned int const& n) {
+  return static_cast<double>(reverse_bits(n)) * 0x1p-32;
 }
 
 // Base-3 radical inverse, digits from the least significant one up, the
