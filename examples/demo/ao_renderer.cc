@@ -94,7 +94,7 @@ struct alignas(64) AoRenderer::ThreadState {
   PixelSampleSets sets;
   std::vector<GMathVec2<double>> camera_samples;
   std::vector<GMathVec2<double>> occlusion_samples;
-  std::vector<GMathVec3<double>> directions;
+  std::vector<GMathRay> rays;
   std::vector<RTCRayHit> camera_rays;
   std::vector<RTCRay> occlusion_rays;
   std::vector<GMathVec3<double>> origins, shading_normals, geometric_normals;
@@ -104,7 +104,7 @@ struct alignas(64) AoRenderer::ThreadState {
   explicit ThreadState(Settings const& s)
       : camera_samples(s.samples_per_pixel),
         occlusion_samples(s.occlusion_count),
-        directions(s.occlusion_count),
+        rays(s.occlusion_count),
         camera_rays(s.samples_per_pixel),
         occlusion_rays(static_cast<std::size_t>(s.samples_per_pixel) * s.occlusion_count),
         origins(s.samples_per_pixel),
@@ -266,11 +266,11 @@ void AoRenderer::render_tile(Settings const& settings, Tile const& tile, ThreadS
           continue;
         state.sets.occlusion_samples(pixel, s, state.occlusion_samples.data());
         unsigned int const n =
-            occlusion_directions(state.shading_normals[s], state.geometric_normals[s],
-                                 state.occlusion_samples.data(), count, state.directions.data());
+            occlusion_rays(state.origins[s], state.shading_normals[s], state.geometric_normals[s],
+                           state.occlusion_samples.data(), count, state.rays.data());
         for (unsigned int k = 0; k < n; ++k) {
-          set_ray(state.occlusion_rays[total + k], state.origins[s], state.directions[k],
-                  max_distance);
+          set_ray(state.occlusion_rays[total + k], state.rays[k].m_origin,
+                  state.rays[k].m_direction, max_distance);
         }
         state.ray_count[s] = n;
         total += n;
