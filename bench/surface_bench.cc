@@ -118,7 +118,8 @@ Darts const& darts(unsigned int const& count) {
   Sampling::surface_random_noise_count(CtxEval(), terrain(), GMathMatrix4x4<double>(), 4 * count,
                                        descriptors, positions, a, b, spacing, k_all);
   Darts d;
-  d.m_radius = 0.5 * spacing * 2.0;  // spacing of `count`, twice that of 4 count
+  // Half the spacing of `count`, which is twice the spacing of 4 count.
+  d.m_radius = spacing;
   for (GMathVec3<double> const& p : positions) {
     d.m_candidates.push_back(p);
     d.m_box.add(p);

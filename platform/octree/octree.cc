@@ -31,14 +31,18 @@ void Octree::create(GMathBbox3<double> const& box, unsigned int const& depth) {
   m_box = box;
   m_depth = std::min(depth, k_max_depth);
   m_cells = std::int32_t(1) << m_depth;
+  // Cubic cells: the cube on the box's minimum corner with the box's
+  // largest extent as side. Short axes then use only the cells they reach,
+  // and a query's cell block has the same shape along every axis.
+  double side = 0.0;
   double magnitude = 0.0;
-  for (int a = 0; a < 3; ++a) {
-    double const extent = box.m_max[a] - box.m_min[a];
-    m_cell_scale[a] = extent > 0.0 ? static_cast<double>(m_cells) / extent : 0.0;
-    if (!box.is_empty()) {
+  if (!box.is_empty()) {
+    for (int a = 0; a < 3; ++a) {
+      side = std::max(side, box.m_max[a] - box.m_min[a]);
       magnitude = std::max(magnitude, std::max(std::fabs(box.m_min[a]), std::fabs(box.m_max[a])));
     }
   }
+  m_cell_scale = side > 0.0 ? static_cast<double>(m_cells) / side : 0.0;
   m_slack = magnitude * k_slack;
   m_max_radius = 0.0;
   m_nodes.clear();
@@ -56,7 +60,7 @@ bool Octree::cell_of(GMathVec3<double> const& p, std::int32_t cell[3]) const {
   if (!m_box.contains(p))
     return false;
   for (int a = 0; a < 3; ++a) {
-    std::int32_t const c = static_cast<std::int32_t>((p[a] - m_box.m_min[a]) * m_cell_scale[a]);
+    std::int32_t const c = static_cast<std::int32_t>((p[a] - m_box.m_min[a]) * m_cell_scale);
     cell[a] = std::min(c, m_cells - 1);
   }
   return true;
@@ -106,8 +110,8 @@ bool Octree::hits_list(std::int32_t first, GMathVec3<double> const& p, double co
 // is monotone, so bounding the coordinates bounds the cells.
 void Octree::cell_range(double const& centre, double const& reach, int const& axis,
                         std::int32_t& lo, std::int32_t& hi) const {
-  double const low = (centre - reach - m_box.m_min[axis]) * m_cell_scale[axis];
-  double const high = (centre + reach - m_box.m_min[axis]) * m_cell_scale[axis];
+  double const low = (centre - reach - m_box.m_min[axis]) * m_cell_scale;
+  double const high = (centre + reach - m_box.m_min[axis]) * m_cell_scale;
   double const last = static_cast<double>(m_cells - 1);
   if (high < 0.0) {
     lo = 0;

@@ -17,8 +17,9 @@
 // that only touch do not collide, and radius 0 against radius 0 never
 // collides.
 //
-// Layout: create(box, depth) fixes a box and cuts it into 2^depth cells per
-// axis (the cells keep the box's proportions). Nodes are made on demand, so
+// Layout: create(box, depth) fixes a box and covers it with the cube of side
+// its largest extent, cut into 2^depth cubic cells per axis (a flat box
+// uses few cells across its thin axis). Nodes are made on demand, so
 // memory follows the points, not the 8^depth cells. A point inside the
 // closed box goes to the leaf cell holding it (points on the maximum faces
 // to the last cell); a point outside the box goes to an overflow list that
@@ -44,7 +45,7 @@ class PLATFORM_API Octree {
 
   // Drops every point and sets the box and the depth (0 keeps all points in
   // the root cell; values above k_max_depth are reduced to it). An empty or
-  // flat box is allowed: along a flat axis every point maps to cell 0.
+  // flat box is allowed (a box of one point keeps everything in cell 0).
   void create(GMathBbox3<double> const& box, unsigned int const& depth);
 
   // Stores a point with its radius (>= 0).
@@ -78,7 +79,7 @@ class PLATFORM_API Octree {
   GMathBbox3<double> m_box;
   unsigned int m_depth;
   std::int32_t m_cells;       // 2^depth
-  double m_cell_scale[3];     // cells per unit length along each axis
+  double m_cell_scale;        // cells per unit length
   double m_slack;             // widening of the search reach against rounding
   double m_max_radius;        // largest radius stored
   std::vector<Node> m_nodes;  // m_nodes[0] is the root

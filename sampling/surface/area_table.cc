@@ -1,5 +1,6 @@
 #include "sampling/surface/area_table.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "platform/geometry/geometry_intersection.h"
@@ -53,6 +54,29 @@ void build_area_table(CtxEval const& context, GeometryObject const& object,
 }
 
 void sort_by_area(CoreArray<PrimitiveArea>& table) {
+  PrimitiveArea* const begin = table.begin();
+  PrimitiveArea* const end = table.end();
+  for (std::size_t i = 0; i < table.count(); ++i) {
+    bool const in_order = i == 0 || table[i - 1].m_primitive < table[i].m_primitive;
+    if (!in_order || table[i].m_area != table[i].m_area) {
+      sort_by_area_quicksort(table);
+      return;
+    }
+  }
+  std::sort(begin, end,
+            [](PrimitiveArea const& a, PrimitiveArea const& b) { return a.m_area > b.m_area; });
+  auto const tie = std::adjacent_find(
+      begin, end,
+      [](PrimitiveArea const& a, PrimitiveArea const& b) { return a.m_area == b.m_area; });
+  if (tie == end)
+    return;
+  std::sort(begin, end, [](PrimitiveArea const& a, PrimitiveArea const& b) {
+    return a.m_primitive < b.m_primitive;
+  });
+  sort_by_area_quicksort(table);
+}
+
+void sort_by_area_quicksort(CoreArray<PrimitiveArea>& table) {
   SortRange stack[k_sort_stack_size];
   int top = 0;
   stack[top++] = SortRange{0, static_cast<std::ptrdiff_t>(table.count())};
@@ -78,7 +102,7 @@ void sort_by_area(CoreArray<PrimitiveArea>& table) {
     }
     table[left] = pivot;
     // The shorter side goes on top, so the stack depth stays logarithmic.
-    SAMPLING_CHECK(top < k_sort_stack_size, "sort_by_area: range stack overflow");
+    SAMPLING_CHECK(top < k_sort_stack_size, "sort_by_area_quicksort: range stack overflow");
     stack[top - 1] = SortRange{begin, left};
     stack[top] = SortRange{left + 1, end};
     if (stack[top].m_end - stack[top].m_begin > stack[top - 1].m_end - stack[top - 1].m_begin) {

@@ -64,12 +64,22 @@ void build_area_table(CtxEval const& context, GeometryObject const& object,
                       GMathMatrix4x4<double> const& matrix, unsigned int const& group,
                       CoreArray<PrimitiveArea>& table, double& total);
 
-// Sorts the table in place by decreasing m_area: a non-recursive quicksort
-// that takes the first entry of each range as its pivot and sorts the
-// shorter side first (at most 256 pending ranges, enough for any size).
-// Equal areas end in the order this exact procedure leaves them, which the
-// placements depend on; it is not stable and not ordered by primitive.
+// Sorts the table in place by decreasing m_area, leaving equal areas in the
+// order sort_by_area_quicksort leaves them (the placements depend on it).
+// When the table comes in increasing primitive order, as build_area_table
+// makes it, and holds no NaN, it is first sorted by area with std::sort;
+// if no two areas are equal that order is the only decreasing one, hence
+// the quicksort's. Otherwise the primitive order is restored and the
+// quicksort runs. No allocation either way.
 void sort_by_area(CoreArray<PrimitiveArea>& table);
+
+// The reference order: a non-recursive quicksort, largest area first, that
+// takes the first entry of each range as its pivot and sorts the shorter
+// side first (at most 256 pending ranges, enough for any size). Equal
+// areas end in the order this exact procedure leaves them; it is not
+// stable and not ordered by primitive. Quadratic on long runs of
+// increasing or decreasing areas, which sort_by_area avoids.
+void sort_by_area_quicksort(CoreArray<PrimitiveArea>& table);
 
 // Sets up a record for evaluating primitives of `object` under `matrix`:
 // both object references, the object's sample scalar, the matrix.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
@@ -38,26 +39,39 @@ TEST(SurfaceAreaTable, SortLeavesTiesInItsOwnOrder) {
   EXPECT_EQ(sorted_primitives({7}), Order{0});
 }
 
-TEST(SurfaceAreaTable, SortIsADecreasingPermutationThatMovesWholeEntries) {
+TEST(SurfaceAreaTable, SortIsADecreasingPermutationEqualToTheQuicksort) {
   std::mt19937 rng(42);
-  // Few distinct values (many ties), many distinct values, and the
-  // ascending and all-equal inputs that unbalance a first-entry pivot.
-  for (int trial = 0; trial < 40; ++trial) {
-    std::size_t const n = trial < 38 ? 1 + rng() % 2000 : 3000;
+  // Few distinct values (many ties), many distinct ones, smooth runs (the
+  // quicksort's slow case), ascending and all-equal inputs, signed zeros,
+  // and a shuffled table with a NaN (which bypasses the std::sort path).
+  for (int trial = 0; trial < 60; ++trial) {
+    std::size_t const n = trial < 50 ? 1 + rng() % 2000 : 3000;
     CoreArray<PrimitiveArea> table(n);
     for (std::size_t i = 0; i < n; ++i) {
       double area = trial % 2 ? static_cast<double>(rng() % 5) : rng() * 1e-6;
-      if (trial == 38)
+      if (trial % 5 == 4)
+        area = std::sin(0.01 * i) + 2.0;
+      if (trial == 50)
         area = static_cast<double>(i);
-      if (trial == 39)
+      if (trial == 51)
         area = 1.0;
+      if (trial == 52)
+        area = (i % 2) ? 0.0 : -0.0;
       // The vertex count is a function of the primitive, so a split entry
       // would show.
       table[i] =
           PrimitiveArea{static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(i * 7), area};
     }
+    if (trial == 53) {
+      std::shuffle(table.begin(), table.end(), rng);
+      table[n / 2].m_area = std::nan("");
+    }
     CoreArray<PrimitiveArea> const before = table;
+    CoreArray<PrimitiveArea> reference = table;
     sort_by_area(table);
+    sort_by_area_quicksort(reference);
+    ASSERT_EQ(std::memcmp(table.data(), reference.data(), n * sizeof(PrimitiveArea)), 0)
+        << "trial " << trial;
     std::vector<bool> seen(n, false);
     for (std::size_t i = 0; i < n; ++i) {
       PrimitiveArea const& e = table[i];
@@ -65,6 +79,8 @@ TEST(SurfaceAreaTable, SortIsADecreasingPermutationThatMovesWholeEntries) {
       EXPECT_FALSE(seen[e.m_primitive]) << "trial " << trial << " entry " << i;
       seen[e.m_primitive] = true;
       EXPECT_EQ(e.m_vertex_count, e.m_primitive * 7);
+      if (trial == 53)
+        continue;
       EXPECT_EQ(e.m_area, before[e.m_primitive].m_area);
       if (i > 0) {
         EXPECT_GE(table[i - 1].m_area, e.m_area) << "trial " << trial << " at " << i;
