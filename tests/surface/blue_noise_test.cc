@@ -11,26 +11,6 @@
 
 namespace {
 
-using Descriptors = CoreArray<GeometryPrimitiveSampleDescriptor>;
-using Vectors = CoreArray<GMathVec3<double>>;
-unsigned int const k_all = 0xFFFFFFFFu;
-
-// A dart lands at (u, v) = (second draw, first draw), folded on triangles.
-GeometryPrimitiveSampleDescriptor expected_dart(unsigned int primitive, unsigned int vertices,
-                                                std::mt19937& reference) {
-  double v = unit_from_u32(reference());
-  double u = unit_from_u32(reference());
-  fold_to_triangle(vertices, u, v);
-  return GeometryPrimitiveSampleDescriptor{primitive, static_cast<float>(u), static_cast<float>(v)};
-}
-
-void expect_descriptor(GeometryPrimitiveSampleDescriptor const& got,
-                       GeometryPrimitiveSampleDescriptor const& want) {
-  EXPECT_EQ(got.m_primitive, want.m_primitive);
-  EXPECT_EQ(got.m_u, want.m_u);
-  EXPECT_EQ(got.m_v, want.m_v);
-}
-
 void add_square(GeometryMesh& mesh, double x, double y, double side, unsigned int group) {
   unsigned int const a = mesh.add_vertex(GMathVec3<double>(x, y, 0));
   unsigned int const b = mesh.add_vertex(GMathVec3<double>(x + side, y, 0));
@@ -68,7 +48,7 @@ TEST(SurfaceBlueNoise, ExactPlacementsOnSmallMeshes) {
                                                  descriptors, positions, a, b, spacing, k_all));
   std::mt19937 reference(1);
   ASSERT_EQ(descriptors.count(), 1u);
-  expect_descriptor(descriptors[0], expected_dart(0, 3, reference));
+  expect_descriptor(descriptors[0], expected_descriptor(0, 3, reference, DrawOrder::k_dart));
   EXPECT_EQ(spacing, 1.0);
   ASSERT_EQ(positions.count(), 1u);
   EXPECT_EQ(positions[0].x, static_cast<double>(descriptors[0].m_u));
@@ -80,7 +60,7 @@ TEST(SurfaceBlueNoise, ExactPlacementsOnSmallMeshes) {
   reference.seed(1);
   reference();
   ASSERT_EQ(descriptors.count(), 1u);
-  expect_descriptor(descriptors[0], expected_dart(0, 3, reference));
+  expect_descriptor(descriptors[0], expected_descriptor(0, 3, reference, DrawOrder::k_dart));
   EXPECT_EQ(spacing, 1.0 / std::sqrt(1.5));
 
   // The fraction of an expected count decides one more candidate against
@@ -98,7 +78,7 @@ TEST(SurfaceBlueNoise, ExactPlacementsOnSmallMeshes) {
     ASSERT_LE(unit_from_u32(reference()), 0.45);
     ASSERT_EQ(descriptors.count(), density == 2.5 ? 3u : 2u);
     for (GeometryPrimitiveSampleDescriptor const& d : descriptors) {
-      expect_descriptor(d, expected_dart(0, 4, reference));
+      expect_descriptor(d, expected_descriptor(0, 4, reference, DrawOrder::k_dart));
     }
   }
 

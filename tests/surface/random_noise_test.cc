@@ -12,26 +12,6 @@
 
 namespace {
 
-using Descriptors = CoreArray<GeometryPrimitiveSampleDescriptor>;
-using Vectors = CoreArray<GMathVec3<double>>;
-unsigned int const k_all = 0xFFFFFFFFu;
-
-// The descriptor the placement writes for one pair of draws.
-GeometryPrimitiveSampleDescriptor expected_point(unsigned int primitive, unsigned int vertices,
-                                                 std::mt19937& reference) {
-  double u = unit_from_u32(reference());
-  double v = unit_from_u32(reference());
-  fold_to_triangle(vertices, u, v);
-  return GeometryPrimitiveSampleDescriptor{primitive, static_cast<float>(u), static_cast<float>(v)};
-}
-
-void expect_descriptor(GeometryPrimitiveSampleDescriptor const& got,
-                       GeometryPrimitiveSampleDescriptor const& want) {
-  EXPECT_EQ(got.m_primitive, want.m_primitive);
-  EXPECT_EQ(got.m_u, want.m_u);
-  EXPECT_EQ(got.m_v, want.m_v);
-}
-
 // Fan of 40 triangles from the origin to points spread very unevenly along
 // the top and right edges of the unit square, which they tile exactly.
 GeometryMesh make_uneven_fan() {
@@ -67,8 +47,8 @@ TEST(SurfaceRandomNoise, ExactPlacementsOnSmallMeshes) {
                                                    descriptors, spacing, k_all));
   std::mt19937 reference(1);
   ASSERT_EQ(descriptors.count(), 2u);
-  expect_descriptor(descriptors[0], expected_point(1, 3, reference));
-  expect_descriptor(descriptors[1], expected_point(0, 3, reference));
+  expect_descriptor(descriptors[0], expected_descriptor(1, 3, reference, DrawOrder::k_white));
+  expect_descriptor(descriptors[1], expected_descriptor(0, 3, reference, DrawOrder::k_white));
   EXPECT_EQ(spacing, 1.0 / std::sqrt(0.5));
 
   // Three equal areas, count 2: the table lists 2, 0, 1; primitive 2 gets
@@ -78,8 +58,8 @@ TEST(SurfaceRandomNoise, ExactPlacementsOnSmallMeshes) {
                                        spacing, k_all);
   reference.seed(1);
   ASSERT_EQ(descriptors.count(), 2u);
-  expect_descriptor(descriptors[0], expected_point(2, 4, reference));
-  expect_descriptor(descriptors[1], expected_point(1, 4, reference));
+  expect_descriptor(descriptors[0], expected_descriptor(2, 4, reference, DrawOrder::k_white));
+  expect_descriptor(descriptors[1], expected_descriptor(1, 4, reference, DrawOrder::k_white));
 
   // One primitive of area A takes all N points: spacing 1 / sqrt(N / A).
   TableObject const one({{2.5, 3, 0}});
@@ -88,7 +68,7 @@ TEST(SurfaceRandomNoise, ExactPlacementsOnSmallMeshes) {
   reference.seed(1);
   ASSERT_EQ(descriptors.count(), 7u);
   for (unsigned int k = 0; k < 7; ++k)
-    expect_descriptor(descriptors[k], expected_point(0, 3, reference));
+    expect_descriptor(descriptors[k], expected_descriptor(0, 3, reference, DrawOrder::k_white));
   EXPECT_EQ(spacing, 1.0 / std::sqrt(7.0 / 2.5));
 
   // Density entry: total 10 x density 0.35 gives 3 points.

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "sampling/surface/area_table.h"
+
 GeometryMesh make_terrain() {
   GeometryMesh mesh;
   unsigned int const n = 12;
@@ -55,4 +57,21 @@ void expect_same_descriptors(CoreArray<GeometryPrimitiveSampleDescriptor> const&
     EXPECT_EQ(std::memcmp(&a[k], &b[k], sizeof(GeometryPrimitiveSampleDescriptor)), 0)
         << "descriptor " << k;
   }
+}
+
+GeometryPrimitiveSampleDescriptor expected_descriptor(unsigned int primitive, unsigned int vertices,
+                                                      std::mt19937& reference, DrawOrder order) {
+  double const first = unit_from_u32(reference());
+  double const second = unit_from_u32(reference());
+  double u = order == DrawOrder::k_white ? first : second;
+  double v = order == DrawOrder::k_white ? second : first;
+  fold_to_triangle(vertices, u, v);
+  return GeometryPrimitiveSampleDescriptor{primitive, static_cast<float>(u), static_cast<float>(v)};
+}
+
+void expect_descriptor(GeometryPrimitiveSampleDescriptor const& got,
+                       GeometryPrimitiveSampleDescriptor const& want) {
+  EXPECT_EQ(got.m_primitive, want.m_primitive);
+  EXPECT_EQ(got.m_u, want.m_u);
+  EXPECT_EQ(got.m_v, want.m_v);
 }

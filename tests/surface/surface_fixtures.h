@@ -4,12 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <vector>
 
 #include "platform/core/core_array.h"
 #include "platform/geometry/geometry_fragment.h"
 #include "platform/geometry/geometry_mesh.h"
 #include "platform/geometry/geometry_primitive_sample_descriptor.h"
+
+using Descriptors = CoreArray<GeometryPrimitiveSampleDescriptor>;
+using Vectors = CoreArray<GMathVec3<double>>;
+unsigned int const k_all = 0xFFFFFFFFu;
 
 // An object whose primitives have preset areas (scaled by the matrix's
 // first diagonal element, squared), vertex counts and groups, and which
@@ -85,3 +90,14 @@ void expect_valid_descriptors(GeometryObject const& object, unsigned int group,
 // Two descriptor arrays are identical, bit for bit.
 void expect_same_descriptors(CoreArray<GeometryPrimitiveSampleDescriptor> const& a,
                              CoreArray<GeometryPrimitiveSampleDescriptor> const& b);
+
+// The descriptor a placement writes from the next two outputs of
+// `reference`: white noise takes (u, v) from (first, second), a blue-noise
+// dart from (second, first); both fold on triangles.
+enum class DrawOrder { k_white, k_dart };
+GeometryPrimitiveSampleDescriptor expected_descriptor(unsigned int primitive, unsigned int vertices,
+                                                      std::mt19937& reference, DrawOrder order);
+
+// Field-by-field equality with the expected descriptor.
+void expect_descriptor(GeometryPrimitiveSampleDescriptor const& got,
+                       GeometryPrimitiveSampleDescriptor const& want);
