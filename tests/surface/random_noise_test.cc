@@ -79,57 +79,6 @@ TEST(SurfaceRandomNoise, ExactPlacementsOnSmallMeshes) {
   EXPECT_EQ(spacing, 1.0 / std::sqrt(0.35));
 }
 
-TEST(SurfaceRandomNoise, EmptyRequestsAndEmptySurfaces) {
-  TableObject const ten({{4, 4, 0}, {6, 4, 1}}, 2);
-  GMathMatrix4x4<double> const identity;
-  Descriptors descriptors(5);
-  Vectors positions(5), a(5), b(5);
-  double spacing = -3.0;
-  // Count 0 and a density whose count truncates to 0: everything emptied,
-  // spacing untouched.
-  EXPECT_TRUE(Sampling::surface_random_noise_count(CtxEval(), ten, identity, 0, descriptors,
-                                                   positions, a, b, spacing, k_all));
-  EXPECT_EQ(descriptors.count() + positions.count() + a.count() + b.count(), 0u);
-  EXPECT_EQ(descriptors.data(), nullptr);
-  descriptors.resize(5);
-  EXPECT_TRUE(Sampling::surface_random_noise_density(CtxEval(), ten, identity, 0.0999, descriptors,
-                                                     spacing, k_all));
-  EXPECT_EQ(descriptors.count(), 0u);
-  EXPECT_EQ(spacing, -3.0);
-
-  // A group without primitives, an object of zero area, no primitives at
-  // all: the placement has nothing to place on and the outputs end empty
-  // (a count entry still writes the spacing of an infinite density, 0).
-  GeometryMesh flat;
-  add_right_triangle(flat, 0, 0, 1, 0);
-  add_right_triangle(flat, 0, 0, 0, 1);
-  TableObject const none({});
-  for (GeometryObject const* object :
-       {static_cast<GeometryObject const*>(&ten), static_cast<GeometryObject const*>(&flat),
-        static_cast<GeometryObject const*>(&none)}) {
-    unsigned int const group = object == &ten ? 5u : k_all;
-    positions.resize(2);
-    descriptors.resize(2);
-    EXPECT_TRUE(Sampling::surface_random_noise_count(CtxEval(), *object, identity, 10, descriptors,
-                                                     positions, a, b, spacing, group));
-    EXPECT_EQ(descriptors.count() + positions.count() + a.count() + b.count(), 0u);
-    EXPECT_EQ(spacing, 0.0);
-    spacing = -3.0;
-    descriptors.resize(2);
-    EXPECT_TRUE(Sampling::surface_random_noise_density(CtxEval(), *object, identity, 1e6,
-                                                       descriptors, spacing, group));
-    EXPECT_EQ(descriptors.count(), 0u);
-    EXPECT_EQ(spacing, -3.0);
-  }
-
-  // The placeholder entry does nothing.
-  descriptors.resize(4);
-  EXPECT_FALSE(Sampling::surface_uniform(CtxEval(), ten, identity, 5.0, descriptors, positions, a,
-                                         b, spacing, 0, true));
-  EXPECT_EQ(descriptors.count(), 4u);
-  EXPECT_EQ(spacing, -3.0);
-}
-
 TEST(SurfaceRandomNoise, DescriptorsAreValidDeterministicAndEvaluated) {
   GeometryMesh const terrain = make_terrain();
   GMathMatrix4x4<double> const matrix =
