@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <vector>
+
 #include "sampling/sampling.h"
 #include "tests/surface/surface_fixtures.h"
 
@@ -77,3 +80,47 @@ TEST(SurfaceEntries, EmptyRequestsAndEmptySurfaces) {
   EXPECT_EQ(descriptors.count(), 4u);
   EXPECT_EQ(spacing, -3.0);
 }
+
+TEST(SurfaceEntries, ConcurrentCallsMatchASingleCall) {
+  // The entries share no state: threads scattering over one object give
+  // each what a lone call gives.
+  GeometryMesh const terrain = make_terrain();
+  GMathMatrix4x4<double> const identity;
+  for (Entries const& entry : k_entries) {
+    Descriptors alone;
+    Vectors p, a, b;
+    double spacing = 0.0;
+    entry.m_count(CtxEval(), terrain, identity, 400, alone, p, a, b, spacing, k_all);
+    std::vector<Descriptors> results(4);
+    std::vector<std::thread> threads;
+    for (Descriptors& result : results) {
+      threads.emplace_back([&entry, &terrain, &identity, &result] {
+        Vectors tp, ta, tb;
+        double s = 0.0;
+        for (int round = 0; round < 3; ++round) {
+          entry.m_count(CtxEval(), terrain, identity, 400, result, tp, ta, tb, s, k_all);
+        }
+      });
+    }
+    for (std::thread& t : threads)
+      t.join();
+    for (Descriptors const& result : results)
+      expect_same_descriptors(alone, result);
+  }
+}
+
+#ifdef SAMPLING_CHECKS
+TEST(SurfaceEntriesDeathTest, BlueNoiseNeedsValidGroups) {
+  Descriptors descriptors;
+  double spacing = 0.0;
+  // No group at all, and a primitive whose group is not below the count.
+  TableObject const no_group({{1, 3, 0}}, 0);
+  EXPECT_DEATH(Sampling::surface_blue_noise_count(CtxEval(), no_group, GMathMatrix4x4<double>(), 3,
+                                                  descriptors, spacing, k_all),
+               "get_group_count");
+  TableObject const beyond({{1, 3, 0}, {1, 3, 2}}, 2);
+  EXPECT_DEATH(Sampling::surface_blue_noise_count(CtxEval(), beyond, GMathMatrix4x4<double>(), 3,
+                                                  descriptors, spacing, k_all),
+               "get_primitive_group");
+}
+#endif
