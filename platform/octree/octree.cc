@@ -136,7 +136,25 @@ bool Octree::overlap(GMathVec3<double> const& point, double const& radius) const
     if (hi[a] < lo[a])
       return false;
   }
-  // Depth-first walk over the nodes whose cell block meets [lo, hi].
+  // Descend without branching while the whole block [lo, hi] lies in one
+  // child (the cell coordinates of lo and hi share their leading bits).
+  std::int32_t start = 0;
+  unsigned int level = 0;
+  std::int32_t origin[3] = {0, 0, 0};
+  while (level < m_depth) {
+    unsigned int const bit = m_depth - 1 - level;
+    if (((lo[0] ^ hi[0]) | (lo[1] ^ hi[1]) | (lo[2] ^ hi[2])) >> bit != 0)
+      break;
+    int const octant =
+        ((lo[0] >> bit) & 1) | (((lo[1] >> bit) & 1) << 1) | (((lo[2] >> bit) & 1) << 2);
+    start = m_nodes[start].m_child[octant];
+    if (start == 0)
+      return false;
+    for (int a = 0; a < 3; ++a)
+      origin[a] |= lo[a] & (std::int32_t(1) << bit);
+    ++level;
+  }
+  // Then depth first over the children whose cell block meets [lo, hi].
   struct Pending {
     std::int32_t m_node;
     unsigned int m_level;
@@ -144,7 +162,7 @@ bool Octree::overlap(GMathVec3<double> const& point, double const& radius) const
   };
   Pending stack[7 * k_max_depth + 1];
   int top = 0;
-  stack[top++] = Pending{0, 0, {0, 0, 0}};
+  stack[top++] = Pending{start, level, {origin[0], origin[1], origin[2]}};
   while (top > 0) {
     Pending const entry = stack[--top];
     Node const& node = m_nodes[entry.m_node];
@@ -154,18 +172,22 @@ bool Octree::overlap(GMathVec3<double> const& point, double const& radius) const
       continue;
     }
     std::int32_t const half = std::int32_t(1) << (m_depth - 1 - entry.m_level);
+    // Bit 0: the lower half along the axis meets the range; bit 1: the upper.
+    int halves[3];
+    for (int a = 0; a < 3; ++a) {
+      std::int32_t const middle = entry.m_origin[a] + half;
+      halves[a] = (lo[a] < middle ? 1 : 0) | (hi[a] >= middle ? 2 : 0);
+    }
     for (int octant = 0; octant < 8; ++octant) {
       std::int32_t const child = node.m_child[octant];
-      if (child == 0)
+      if (child == 0 || !(halves[0] >> (octant & 1) & 1) || !(halves[1] >> (octant >> 1 & 1) & 1) ||
+          !(halves[2] >> (octant >> 2 & 1) & 1))
         continue;
-      Pending next{child, entry.m_level + 1, {0, 0, 0}};
-      bool meets = true;
-      for (int a = 0; a < 3; ++a) {
-        next.m_origin[a] = entry.m_origin[a] + (((octant >> a) & 1) ? half : 0);
-        meets = meets && next.m_origin[a] <= hi[a] && next.m_origin[a] + half - 1 >= lo[a];
-      }
-      if (meets)
-        stack[top++] = next;
+      Pending next{
+          child, entry.m_level + 1, {entry.m_origin[0], entry.m_origin[1], entry.m_origin[2]}};
+      for (int a = 0; a < 3; ++a)
+        next.m_origin[a] += ((octant >> a) & 1) ? half : 0;
+      stack[top++] = next;
     }
   }
   return false;
