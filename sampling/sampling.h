@@ -6,10 +6,16 @@
 //    disk, the hemisphere about +z and the unit sphere, with optional frames,
 //    plus the concentric square-to-disk map and an index permutation.
 //  - Point sets: fixed N x N point sets on a disk and on a grid.
+//  - Surface scattering: points spread over a geometry object's primitives
+//    in proportion to their world-space area, as white or blue noise.
 //
 // All angles use the library's truncated pi (sampling/angles.h).
 
 #include "platform/core/core_array.h"
+#include "platform/geometry/ctx_eval.h"
+#include "platform/geometry/geometry_object.h"
+#include "platform/geometry/geometry_primitive_sample_descriptor.h"
+#include "platform/math/gmath_matrix4x4.h"
 #include "platform/math/gmath_vec2.h"
 #include "platform/math/gmath_vec3.h"
 #include "sampling/angles.h"
@@ -76,8 +82,7 @@ class SAMPLING_API Sampling {
                                            GMathVec3<double>& direction,
                                            double const& radius_scale);
   static void hemisphere_cosine_concentric(double const& u, double const& v,
-                                           GMathVec3<double>& direction,
-                                           GMathVec3<double>& tangent,
+                                           GMathVec3<double>& direction, GMathVec3<double>& tangent,
                                            GMathVec3<double>& bitangent,
                                            double const& radius_scale);
 
@@ -112,4 +117,98 @@ class SAMPLING_API Sampling {
   // accumulated, so the last row and column reach `maximum` up to rounding.
   static void grid_uniform(CoreArray<GMathVec2<double>>& points, unsigned int const& n,
                            GMathVec2<double> const& minimum, GMathVec2<double> const& maximum);
+
+  // ---- Surface scattering ------------------------------------------------
+  //
+  // These entries spread points over the primitives of `object` placed in
+  // the world by `matrix`, in proportion to each primitive's world-space
+  // area (GeometryObject::get_primitive_area under `matrix`, in `context`).
+  // A point is a descriptor: primitive index and parametric coordinates
+  // (u, v) in [0, 1], with u + v <= 1 on triangles. `group` selects the
+  // primitives of one group, or all of them with 0xFFFFFFFF.
+  //
+  // Outputs are replaced wholesale. The long overloads also evaluate every
+  // descriptor, in order, into `positions` and the two world vectors the
+  // platform's fragment holds after the position (GeometryFragment: the
+  // unit geometric normal into `surface_vectors_a`, the tangent dP/du into
+  // `surface_vectors_b`). `spacing` receives 1 / sqrt(density), the side of
+  // a square of area 1 / density, where density is the caller's, or count /
+  // total area for the count entries.
+  //
+  // A count of 0, or a density whose count (total area x density, truncated)
+  // is 0, empties every output array and leaves `spacing` untouched. Each
+  // call seeds its own Mersenne Twister with 1: the same request always
+  // gives the same points. They return true in every case. The object's
+  // operations must be callable from the calling thread; concurrent calls
+  // with distinct outputs are independent.
+
+  // White noise: `count` points at uniform parametric coordinates (uniform
+  // per unit area on triangles and parallelograms), split among primitives
+  // by area with the fractions carried over so the total is exact; grouped
+  // by primitive, largest area first. A zero total area (or a group without
+  // primitives) places nothing: the outputs end empty.
+  static bool surface_random_noise_count(CtxEval const& context, GeometryObject const& object,
+                                         GMathMatrix4x4<double> const& matrix,
+                                         unsigned int const& count,
+                                         CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+                                         double& spacing, unsigned int const& group);
+  static bool surface_random_noise_count(
+      CtxEval const& context, GeometryObject const& object, GMathMatrix4x4<double> const& matrix,
+      unsigned int const& count, CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+      CoreArray<GMathVec3<double>>& positions, CoreArray<GMathVec3<double>>& surface_vectors_a,
+      CoreArray<GMathVec3<double>>& surface_vectors_b, double& spacing, unsigned int const& group);
+
+  // White noise at `density` points per unit world area: count = total area
+  // x density, truncated, then as surface_random_noise_count.
+  static bool surface_random_noise_density(
+      CtxEval const& context, GeometryObject const& object, GMathMatrix4x4<double> const& matrix,
+      double const& density, CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+      double& spacing, unsigned int const& group);
+  static bool surface_random_noise_density(
+      CtxEval const& context, GeometryObject const& object, GMathMatrix4x4<double> const& matrix,
+      double const& density, CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+      CoreArray<GMathVec3<double>>& positions, CoreArray<GMathVec3<double>>& surface_vectors_a,
+      CoreArray<GMathVec3<double>>& surface_vectors_b, double& spacing, unsigned int const& group);
+
+  // Blue noise by dart throwing: up to `count` points, no two of the same
+  // group closer than about `spacing` (the collision predicate of Octree
+  // with radius spacing / 2 each: world distance < spacing rejects). Points
+  // of different groups ignore each other when every group is selected.
+  // Candidates that find no free place are dropped, so fewer than `count`
+  // points may come back; the outputs then hold exactly the points placed.
+  // The object must report at least one group, and each primitive's group
+  // must be below that count.
+  static bool surface_blue_noise_count(CtxEval const& context, GeometryObject const& object,
+                                       GMathMatrix4x4<double> const& matrix,
+                                       unsigned int const& count,
+                                       CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+                                       double& spacing, unsigned int const& group);
+  static bool surface_blue_noise_count(
+      CtxEval const& context, GeometryObject const& object, GMathMatrix4x4<double> const& matrix,
+      unsigned int const& count, CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+      CoreArray<GMathVec3<double>>& positions, CoreArray<GMathVec3<double>>& surface_vectors_a,
+      CoreArray<GMathVec3<double>>& surface_vectors_b, double& spacing, unsigned int const& group);
+
+  // Blue noise at `density` points per unit world area: at most total area
+  // x density (truncated) points, spacing 1 / sqrt(density).
+  static bool surface_blue_noise_density(CtxEval const& context, GeometryObject const& object,
+                                         GMathMatrix4x4<double> const& matrix,
+                                         double const& density,
+                                         CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+                                         double& spacing, unsigned int const& group);
+  static bool surface_blue_noise_density(
+      CtxEval const& context, GeometryObject const& object, GMathMatrix4x4<double> const& matrix,
+      double const& density, CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+      CoreArray<GMathVec3<double>>& positions, CoreArray<GMathVec3<double>>& surface_vectors_a,
+      CoreArray<GMathVec3<double>>& surface_vectors_b, double& spacing, unsigned int const& group);
+
+  // Placeholder for a uniform scattering: does nothing and returns false.
+  // It reads none of its arguments and leaves every output as it was.
+  static bool surface_uniform(CtxEval const& context, GeometryObject const& object,
+                              GMathMatrix4x4<double> const& matrix, double const& density,
+                              CoreArray<GeometryPrimitiveSampleDescriptor>& descriptors,
+                              CoreArray<GMathVec3<double>>& positions,
+                              CoreArray<GMathVec3<double>>& surface_vectors_a,
+                              CoreArray<GMathVec3<double>>& surface_vectors_b, double& spacing,
+                              unsigned int const& group, bool const& flag);
 };

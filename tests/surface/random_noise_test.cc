@@ -1,0 +1,171 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "sampling/sampling.h"
+#include "sampling/surface/area_table.h"
+#include "sampling/surface/random_placement.h"
+#include "tests/support/chi_square.h"
+#include "tests/surface/surface_fixtures.h"
+
+namespace {
+
+// Fan of 40 triangles from the origin to points spread very unevenly along
+// the top and right edges of the unit square, which they tile exactly.
+GeometryMesh make_uneven_fan() {
+  GeometryMesh mesh;
+  unsigned int const origin = mesh.add_vertex(GMathVec3<double>(0, 0, 0));
+  unsigned int const k = 20;
+  std::vector<unsigned int> boundary;
+  for (unsigned int i = 0; i <= k; ++i) {
+    double const t = static_cast<double>(i) / k;
+    boundary.push_back(mesh.add_vertex(GMathVec3<double>(t * t * t, 1, 0)));
+  }
+  for (unsigned int i = k; i-- > 0;) {
+    double const t = static_cast<double>(i) / k;
+    boundary.push_back(mesh.add_vertex(GMathVec3<double>(1, t * t, 0)));
+  }
+  for (std::size_t i = 0; i + 1 < boundary.size(); ++i) {
+    mesh.add_triangle(origin, boundary[i], boundary[i + 1], 0);
+  }
+  return mesh;
+}
+
+}  // namespace
+
+TEST(SurfaceRandomNoise, ExactPlacementsOnSmallMeshes) {
+  // Areas 3 and 1, count 2: density 0.5, expected 1.5 then 0.5; the carried
+  // 0.5 adds nothing to the first, the carried 1.0 one point to the second.
+  GeometryMesh mesh;
+  add_right_triangle(mesh, 5, 0, 2, 1);
+  add_right_triangle(mesh, 0, 0, 2, 3);
+  Descriptors descriptors;
+  double spacing = 0.0;
+  EXPECT_TRUE(Sampling::surface_random_noise_count(CtxEval(), mesh, GMathMatrix4x4<double>(), 2,
+                                                   descriptors, spacing, k_all));
+  std::mt19937 reference(1);
+  ASSERT_EQ(descriptors.count(), 2u);
+  expect_descriptor(descriptors[0], expected_descriptor(1, 3, reference, DrawOrder::k_white));
+  expect_descriptor(descriptors[1], expected_descriptor(0, 3, reference, DrawOrder::k_white));
+  EXPECT_EQ(spacing, 1.0 / std::sqrt(0.5));
+
+  // Three equal areas, count 2: the table lists 2, 0, 1; primitive 2 gets
+  // one point (0.667 rounds up), 0 none (0.333), 1 one (just below 1).
+  TableObject const three({{1, 4, 0}, {1, 4, 0}, {1, 4, 0}});
+  Sampling::surface_random_noise_count(CtxEval(), three, GMathMatrix4x4<double>(), 2, descriptors,
+                                       spacing, k_all);
+  reference.seed(1);
+  ASSERT_EQ(descriptors.count(), 2u);
+  expect_descriptor(descriptors[0], expected_descriptor(2, 4, reference, DrawOrder::k_white));
+  expect_descriptor(descriptors[1], expected_descriptor(1, 4, reference, DrawOrder::k_white));
+
+  // One primitive of area A takes all N points: spacing 1 / sqrt(N / A).
+  TableObject const one({{2.5, 3, 0}});
+  Sampling::surface_random_noise_count(CtxEval(), one, GMathMatrix4x4<double>(), 7, descriptors,
+                                       spacing, k_all);
+  reference.seed(1);
+  ASSERT_EQ(descriptors.count(), 7u);
+  for (unsigned int k = 0; k < 7; ++k)
+    expect_descriptor(descriptors[k], expected_descriptor(0, 3, reference, DrawOrder::k_white));
+  EXPECT_EQ(spacing, 1.0 / std::sqrt(7.0 / 2.5));
+
+  // Density entry: total 10 x density 0.35 gives 3 points.
+  TableObject const ten({{4, 4, 0}, {6, 4, 0}});
+  EXPECT_TRUE(Sampling::surface_random_noise_density(CtxEval(), ten, GMathMatrix4x4<double>(), 0.35,
+                                                     descriptors, spacing, k_all));
+  EXPECT_EQ(descriptors.count(), 3u);
+  EXPECT_EQ(spacing, 1.0 / std::sqrt(0.35));
+}
+
+TEST(SurfaceRandomNoise, DescriptorsAreValidDeterministicAndEvaluated) {
+  GeometryMesh const terrain = make_terrain();
+  GMathMatrix4x4<double> const matrix =
+      GMathMatrix4x4<double>::translation(0.5, 1, -2) * GMathMatrix4x4<double>::scale(2, 1, 1);
+  for (unsigned int group : {k_all, 0u, 2u}) {
+    Descriptors first, second, by_density;
+    Vectors positions, a, b;
+    double spacing = 0.0, spacing_long = 0.0;
+    Sampling::surface_random_noise_count(CtxEval(), terrain, matrix, 5000, first, spacing, group);
+    ASSERT_EQ(first.count(), 5000u);
+    expect_valid_descriptors(terrain, group, first);
+    // Another call in between does not change the next result.
+    double other_spacing = 0.0;
+    Sampling::surface_random_noise_count(CtxEval(), terrain, matrix, 77, second, other_spacing,
+                                         k_all);
+    Sampling::surface_random_noise_count(CtxEval(), terrain, matrix, 5000, second, positions, a, b,
+                                         spacing_long, group);
+    expect_same_descriptors(first, second);
+    EXPECT_EQ(spacing, spacing_long);
+    Vectors p2, a2, b2;
+    compute_world_samples(CtxEval(), terrain, matrix, second, p2, a2, b2);
+    ASSERT_EQ(positions.count(), 5000u);
+    for (std::size_t k = 0; k < 5000; k += 97) {
+      EXPECT_EQ(positions[k], p2[k]);
+      EXPECT_EQ(a[k], a2[k]);
+      EXPECT_EQ(b[k], b2[k]);
+    }
+    // The density that the count entry reports places the same points.
+    double const density = 1.0 / (spacing * spacing);
+    Sampling::surface_random_noise_density(CtxEval(), terrain, matrix, density * 1.0000001,
+                                           by_density, spacing, group);
+    expect_same_descriptors(first, by_density);
+  }
+}
+
+TEST(SurfaceRandomNoise, CountsPerPrimitiveFollowArea) {
+  // Walking the table, the points placed so far stay within half a point of
+  // the expected running sum (rounded half down), and each primitive's
+  // points come together, largest primitive first.
+  GeometryMesh const fan = make_uneven_fan();
+  for (unsigned int count : {1u, 7u, 100u, 1001u, 65536u}) {
+    CoreArray<PrimitiveArea> table;
+    double total = 0.0;
+    build_area_table(CtxEval(), fan, GMathMatrix4x4<double>(), k_all, table, total);
+    Descriptors descriptors;
+    double spacing = 0.0;
+    Sampling::surface_random_noise_count(CtxEval(), fan, GMathMatrix4x4<double>(), count,
+                                         descriptors, spacing, k_all);
+    ASSERT_EQ(descriptors.count(), count);
+    double const density = static_cast<double>(count) / total;
+    double expected_sum = 0.0;
+    std::size_t placed = 0;
+    for (PrimitiveArea const& entry : table) {
+      std::size_t run = 0;
+      while (placed + run < count && descriptors[placed + run].m_primitive == entry.m_primitive) {
+        ++run;
+      }
+      placed += run;
+      expected_sum += entry.m_area * density;
+      double const error = expected_sum - static_cast<double>(placed);
+      EXPECT_TRUE(error > -0.5 - 1e-9 && error <= 0.5 + 1e-9)
+          << "count " << count << " primitive " << entry.m_primitive << " error " << error;
+    }
+    EXPECT_EQ(placed, count) << "points out of table order";
+  }
+}
+
+TEST(SurfaceRandomNoise, PositionsAreUniformOverTheSurface) {
+  // 10^6 points over an uneven fan tiling the unit square: per-primitive
+  // counts, coordinate draws and the fold together must give a uniform
+  // density over the square.
+  GeometryMesh const fan = make_uneven_fan();
+  int const n = 1000000;
+  Descriptors descriptors;
+  Vectors positions, a, b;
+  double spacing = 0.0;
+  Sampling::surface_random_noise_count(CtxEval(), fan, GMathMatrix4x4<double>(), n, descriptors,
+                                       positions, a, b, spacing, k_all);
+  ASSERT_EQ(positions.count(), static_cast<std::size_t>(n));
+  ChiSquareDomain const domain{0.0, 1.0, 0.0, 1.0, 51, 51};
+  ChiSquareResult const result = chi_square_test(
+      domain, n,
+      [&](int i, double& x, double& y) {
+        x = positions[i].x;
+        y = positions[i].y;
+        return x >= -1e-9 && x <= 1.0 + 1e-9 && y >= -1e-9 && y <= 1.0 + 1e-9;
+      },
+      [](double, double) { return 1.0; }, chi_square_alpha(1));
+  EXPECT_TRUE(result.passed) << result.message;
+}
