@@ -6,3 +6,5 @@
 // platform/math/ (docs/rays.md).
 
 #include "sampling/rays/sample_ray_generator.h"
+#include "sampling/rays/anisotropic_reflection_ray_generator.h"
+#include "sampling/rays/anisotropic_refraction_ray_generator.h"
