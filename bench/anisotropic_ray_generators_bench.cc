@@ -117,26 +117,32 @@ void BM_AnisotropicStoreBound(benchmark::State& state) {
   state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * k_batch);
 }
 
-// Exponents (20, 20) or (100, 8); range(1) selects incoming differentials.
-void BM_AnisotropicReflectionGetRays(benchmark::State& state) {
-  bool const anisotropic = state.range(0) != 0;
+// range(0) selects the exponents, (20, 20) or (100, 8); range(1) incoming
+// differentials. `init` prepares the generator from the scene and exponents.
+template <typename G, typename Init>
+void run_generator(benchmark::State& state, Init const& init) {
   Scene const s = make_scene(state.range(1) != 0);
-  AnisotropicReflectionRayGenerator generator;
-  generator.init(s.incoming, s.position, s.shading, s.geometric_normal, s.differential,
-                 anisotropic ? 100.0f : 20.0f, anisotropic ? 8.0f : 20.0f,
-                 GMathVec2<float>(1.0f, 0.0f), 0.0f, 0.0f);
+  bool const anisotropic = state.range(0) != 0;
+  G generator;
+  init(generator, s, anisotropic ? 100.0f : 20.0f, anisotropic ? 8.0f : 20.0f);
   run(state, generator);
 }
 
-// As above, refracting with eta 1.5 (some samples give no ray: "produced").
+void BM_AnisotropicReflectionGetRays(benchmark::State& state) {
+  run_generator<AnisotropicReflectionRayGenerator>(
+      state, [](AnisotropicReflectionRayGenerator& g, Scene const& s, float nu, float nv) {
+        g.init(s.incoming, s.position, s.shading, s.geometric_normal, s.differential, nu, nv,
+               GMathVec2<float>(1.0f, 0.0f), 0.0f, 0.0f);
+      });
+}
+
+// Refracting with eta 1.5; some samples give no ray ("produced").
 void BM_AnisotropicRefractionGetRays(benchmark::State& state) {
-  bool const anisotropic = state.range(0) != 0;
-  Scene const s = make_scene(state.range(1) != 0);
-  AnisotropicRefractionRayGenerator generator;
-  generator.init(s.incoming, s.position, s.shading, s.geometric_normal, s.differential,
-                 anisotropic ? 100.0f : 20.0f, anisotropic ? 8.0f : 20.0f,
-                 GMathVec2<float>(1.0f, 0.0f), 1.5f, 0.0f, 0.0f);
-  run(state, generator);
+  run_generator<AnisotropicRefractionRayGenerator>(
+      state, [](AnisotropicRefractionRayGenerator& g, Scene const& s, float nu, float nv) {
+        g.init(s.incoming, s.position, s.shading, s.geometric_normal, s.differential, nu, nv,
+               GMathVec2<float>(1.0f, 0.0f), 1.5f, 0.0f, 0.0f);
+      });
 }
 
 }  // namespace

@@ -361,12 +361,10 @@ TEST(AnisotropicReflectionRayGenerator, ShortSurfaceDifferentialCarriesNoNormalC
 TEST(AnisotropicReflectionRayGeneratorDeathTest, CallerContracts) {
   AnisotropicReflectionRayGenerator g;
   init(g, flat_shading(2.0f, 2.0f, GMathVec3<double>(0.0, 0.0, -1.0)));
+  expect_sample_contract_deaths(g);
   GMathRay ray;
-  EXPECT_DEATH(g.get_ray(GMathVec2<double>(1.5, 0.5), ray, nullptr), "sample outside");
-  GMathVec2<double> const outside(0.5, -0.25);
-  EXPECT_DEATH(g.get_rays(&outside, 1, &ray, nullptr), "sample outside");
-  EXPECT_DEATH(g.get_rays(&outside, 1, nullptr, nullptr), "null sample or ray array");
-  EXPECT_DEATH(g.compute_ray(GMathVec3<double>(0.0, 0.0, 2.0), ray), "not of unit length");
+  EXPECT_DEATH(g.compute_ray(GMathVec3<double>(0.0, 0.0, 2.0), ray),
+               "compute_ray: normal not of unit length");
   EXPECT_DEATH(g.compute_ray(GMathVec3<double>(0.0, 0.0, -1.0), ray), "opposite");
 }
 #endif
