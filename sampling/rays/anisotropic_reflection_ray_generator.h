@@ -34,7 +34,9 @@ class SAMPLING_API AnisotropicReflectionRayGenerator : public SampleRayGenerator
   // Stores the callbacks and zeroes the frame and surface vectors; the
   // exponents stay unset until init.
   AnisotropicReflectionRayGenerator();
+  // Copies the whole record, the embedded incoming ray included.
   AnisotropicReflectionRayGenerator(AnisotropicReflectionRayGenerator const& other) = default;
+  // Destroys the embedded incoming ray; the generator owns nothing else.
   ~AnisotropicReflectionRayGenerator() = default;
 
   // Prepares the generator for one shading point:
@@ -68,6 +70,7 @@ class SAMPLING_API AnisotropicReflectionRayGenerator : public SampleRayGenerator
   GMathVec2<float> const& get_spread_scale() const { return m_spread_scale; }
   float get_spread_scale_min() const { return m_spread_scale_min; }
 
+  // Copies the whole record; the copy generates the same rays.
   AnisotropicReflectionRayGenerator& operator=(AnisotropicReflectionRayGenerator const& other) =
       default;
 

@@ -35,10 +35,12 @@ struct AnisotropicLobe;
 // reflection). See docs/rays.md.
 class SAMPLING_API AnisotropicRefractionRayGenerator : public SampleRayGenerator {
  public:
-  // Stores the callbacks and zeroes the frame and surface vectors; the
-  // exponents stay unset until init.
+  // Stores the callbacks and zeroes the frame and surface vectors; eta and
+  // the exponents stay unset until init.
   AnisotropicRefractionRayGenerator();
+  // Copies the whole record, the embedded incoming ray included.
   AnisotropicRefractionRayGenerator(AnisotropicRefractionRayGenerator const& other) = default;
+  // Destroys the embedded incoming ray; the generator owns nothing else.
   ~AnisotropicRefractionRayGenerator() = default;
 
   // Prepares the generator for one shading point:
@@ -76,6 +78,7 @@ class SAMPLING_API AnisotropicRefractionRayGenerator : public SampleRayGenerator
   GMathVec2<float> const& get_spread_scale() const { return m_spread_scale; }
   float get_spread_scale_min() const { return m_spread_scale_min; }
 
+  // Copies the whole record; the copy generates the same rays.
   AnisotropicRefractionRayGenerator& operator=(AnisotropicRefractionRayGenerator const& other) =
       default;
 
