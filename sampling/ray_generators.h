@@ -7,3 +7,5 @@
 
 #include "sampling/rays/cosine_weighted_hemisphere_ray_generator.h"
 #include "sampling/rays/sample_ray_generator.h"
+#include "sampling/rays/anisotropic_reflection_ray_generator.h"
+#include "sampling/rays/anisotropic_refraction_ray_generator.h"

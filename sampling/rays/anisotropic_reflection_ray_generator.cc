@@ -1,0 +1,137 @@
+#include "sampling/rays/anisotropic_reflection_ray_generator.h"
+
+#include <cstddef>
+
+#include "sampling/checks.h"
+#include "sampling/rays/anisotropic_lobe.h"
+
+namespace {
+
+typedef AnisotropicLobe<AnisotropicReflectionRayGenerator> Lobe;
+
+// R = I + (2d) H with d = -(H . I): I mirrored about H.
+inline GMathVec3<double> mirror(GMathVec3<double> const& incoming, GMathVec3<double> const& normal,
+                                double const& d) {
+  return incoming + normal * (2.0 * d);
+}
+
+}  // namespace
+
+AnisotropicReflectionRayGenerator::AnisotropicReflectionRayGenerator() {
+  set_callbacks<AnisotropicReflectionRayGenerator, &get_ray_callback, &get_rays_callback,
+                &get_frustum_callback>();
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+  static_assert(offsetof(AnisotropicReflectionRayGenerator, m_incoming_ray) == 24,
+                "the incoming ray follows the callbacks");
+  static_assert(offsetof(AnisotropicReflectionRayGenerator, m_tangent) == 264, "frame");
+  static_assert(offsetof(AnisotropicReflectionRayGenerator, m_dpdy_unit) == 456, "surface");
+  static_assert(offsetof(AnisotropicReflectionRayGenerator, m_exponent_u) == 480, "exponents");
+  static_assert(offsetof(AnisotropicReflectionRayGenerator, m_spread_scale_min) == 504,
+                "spread scales last");
+#pragma GCC diagnostic pop
+}
+
+void AnisotropicReflectionRayGenerator::init(
+    GMathRay const& incoming_ray, GMathVec3<double> const& position,
+    GMathMatrix3x3<double> const& shading, GMathVec3<double> const& geometric_normal,
+    GeometryDifferential const& differential, float const& nu, float const& nv,
+    GMathVec2<float> const& direction, float const& spread_reduction_x,
+    float const& spread_reduction_y) {
+  Lobe::init(*this, incoming_ray, position, shading, geometric_normal, differential, nu, nv,
+             direction, spread_reduction_x, spread_reduction_y);
+}
+
+void AnisotropicReflectionRayGenerator::compute_ray(GMathVec3<double> const& normal,
+                                                    GMathRay& ray) const {
+  SAMPLING_CHECK(std::fabs(dot(normal, normal) - 1.0) <= 1e-3,
+                 "AnisotropicReflectionRayGenerator::compute_ray: normal not of unit length");
+  SAMPLING_CHECK(global_to_local(normal).z > -1.0,
+                 "AnisotropicReflectionRayGenerator::compute_ray: normal opposite to the shading "
+                 "normal");
+  double const spread = Lobe::spread_of_normal(*this, normal);
+  GMathVec3<double> const& incoming = m_incoming_ray.m_direction;
+  create_ray(mirror(incoming, normal, -dot(normal, incoming)), normal, spread, ray);
+}
+
+void AnisotropicReflectionRayGenerator::compute_local_normal(GMathVec2<double> const& sample,
+                                                             GMathVec3<double>& local_normal,
+                                                             double& spread) const {
+  Lobe::compute_local_normal(*this, sample, local_normal, spread);
+}
+
+void AnisotropicReflectionRayGenerator::create_ray(GMathVec2<double> const& sample,
+                                                   GMathRay& ray) const {
+  GMathVec3<double> local;
+  double spread;
+  compute_local_normal(sample, local, spread);
+  GMathVec3<double> normal = local_to_global(local);
+  GMathVec3<double> const& incoming = m_incoming_ray.m_direction;
+  double d = -dot(normal, incoming);
+  GMathVec3<double> direction = mirror(incoming, normal, d);
+  if (!(d > 0.0 && dot(direction, m_geometric_normal) > 0.0)) {
+    Lobe::turn_half(local);
+    normal = local_to_global(local);
+    d = -dot(normal, incoming);
+    direction = mirror(incoming, normal, d);
+  }
+  create_ray(direction, normal, spread, ray);
+}
+
+void AnisotropicReflectionRayGenerator::create_ray(GMathVec3<double> const& direction,
+                                                   GMathVec3<double> const& normal,
+                                                   double const& spread, GMathRay& ray) const {
+  // R = I - 2 (I . H) H, so dR = dI - 2 ((I . H) dH + (I . dH + H . dI) H).
+  GMathVec3<double> const& incoming = m_incoming_ray.m_direction;
+  double const ih = dot(incoming, normal);
+  Lobe::create_ray(*this, direction, GMathRay::k_type_reflection, spread, ray,
+                   [&](GMathVec3<double> const& dn, GMathVec3<double> const& di) {
+                     return direction + di -
+                            (dn * ih + normal * (dot(incoming, dn) + dot(normal, di))) * 2.0;
+                   });
+}
+
+GMathVec3<double> AnisotropicReflectionRayGenerator::safe_normalize(GMathVec3<double> const& v,
+                                                                    double const& eps) {
+  return ::safe_normalize(v, eps);
+}
+
+GMathVec3<double> AnisotropicReflectionRayGenerator::local_to_global(
+    GMathVec3<double> const& local) const {
+  return Lobe::local_to_global(*this, local);
+}
+
+GMathVec3<double> AnisotropicReflectionRayGenerator::global_to_local(
+    GMathVec3<double> const& global) const {
+  return Lobe::global_to_local(*this, global);
+}
+
+bool AnisotropicReflectionRayGenerator::get_ray_callback(
+    AnisotropicReflectionRayGenerator const& generator, GMathVec2<double> const& sample,
+    GMathRay& ray, double* weight) {
+  SAMPLING_CHECK(Lobe::in_unit_square(sample),
+                 "AnisotropicReflectionRayGenerator::get_ray: sample outside [0,1]^2");
+  generator.create_ray(sample, ray);
+  store_unit_weight(weight);
+  return true;
+}
+
+unsigned int AnisotropicReflectionRayGenerator::get_rays_callback(
+    AnisotropicReflectionRayGenerator const& generator, GMathVec2<double> const* samples,
+    unsigned int const& count, GMathRay* rays, double* weights) {
+  SAMPLING_CHECK(count == 0 || (samples && rays),
+                 "AnisotropicReflectionRayGenerator::get_rays: null sample or ray array");
+  for (unsigned int i = 0; i < count; ++i) {
+    SAMPLING_CHECK(Lobe::in_unit_square(samples[i]),
+                   "AnisotropicReflectionRayGenerator::get_rays: sample outside [0,1]^2");
+    generator.create_ray(samples[i], rays[i]);
+  }
+  store_unit_weights(weights, count);
+  return count;
+}
+
+void AnisotropicReflectionRayGenerator::get_frustum_callback(
+    AnisotropicReflectionRayGenerator const&, GMathVec2<double> const&, GMathVec2<double> const&,
+    GMathFrustum& frustum) {
+  frustum.m_plane_count = 0;
+}
