@@ -25,6 +25,9 @@ target_include_directories(sampling_build_flags INTERFACE ${PROJECT_SOURCE_DIR})
 # Outputs are bit-exact functions of the written formulas: no contraction
 # into fused multiply-adds, no fast-math reassociation.
 target_compile_options(sampling_build_flags INTERFACE -ffp-contract=off -Wall -Wextra)
+# Nothing of ours is meant to be interposed by another library: let calls
+# between the library's own exported functions be inlined.
+target_compile_options(sampling_build_flags INTERFACE -fno-semantic-interposition)
 if(SAMPLING_WERROR)
   target_compile_options(sampling_build_flags INTERFACE -Werror)
 endif()

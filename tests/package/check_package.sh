@@ -17,6 +17,13 @@ test -L "$libdir/libsampling.so.0" || { echo "libsampling.so.0 not installed"; e
 test -f "$prefix/include/sampling/sampling.h" || { echo "public header missing"; exit 1; }
 if [[ -e "$prefix/include/sampling/checks.h" ]]; then echo "internal header installed"; exit 1; fi
 
+# Every installed header compiles on its own.
+while IFS= read -r header; do
+  echo "#include \"$header\"" |
+    c++ -std=c++17 -fsyntax-only -Wall -Wextra -Werror -I"$prefix/include" -x c++ - ||
+    { echo "installed header does not compile on its own: $header"; exit 1; }
+done < <(find "$prefix/include" -name '*.h')
+
 cmake -S "$source_dir/tests/package" -B "$scratch/cmake-build" -DCMAKE_PREFIX_PATH="$prefix" \
   >/dev/null
 cmake --build "$scratch/cmake-build" >/dev/null
