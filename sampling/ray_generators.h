@@ -6,3 +6,7 @@
 // platform/math/ (docs/rays.md).
 
 #include "sampling/rays/sample_ray_generator.h"
+#include "sampling/rays/uniform_sphere_ray_generator.h"
+#include "sampling/rays/line_ray_generator.h"
+#include "sampling/rays/plane_ray_generator.h"
+#include "sampling/rays/disk_ray_generator.h"
