@@ -131,21 +131,18 @@ TEST(ShapeFrusta, DegenerateBoxGivesZeroPlanes) {
   GMathMatrix4x4<double> const frame = test_frame();
   GMathVec3<double> const origin(2.0, -1.0, 4.0);
   UniformSphereRayGenerator sphere;
-  LineRayGenerator line;
-  PlaneRayGenerator plane;
-  DiskRayGenerator disk;
+  PlacedShapes shapes;
   sphere.init(origin, 0.5, 0.5);
-  line.init(origin, frame, 0.5);
-  plane.init(origin, frame, 0.5, 0.5);
-  disk.init(origin, frame, 0.8, 0.5, 0.5);
-  SampleRayGenerator const* const generators[4] = {&sphere, &line, &plane, &disk};
+  shapes.init(origin, frame, 0.8, 0.5, 0.5);
+  SampleRayGenerator const* const generators[4] = {&sphere, shapes.all[0], shapes.all[1],
+                                                   shapes.all[2]};
   GMathVec2<double> const c(0.3, 0.6);
   for (SampleRayGenerator const* g : generators) {
     GMathFrustum const f = frustum_of(*g, c, c);
     EXPECT_EQ(f.m_plane_count, 4u);
     for (unsigned int k = 0; k < 4; ++k) {
       // The line's strip keeps a width, so only the sides along it vanish.
-      if (g == &line && (k == 1 || k == 3))
+      if (g == &shapes.line && (k == 1 || k == 3))
         continue;
       EXPECT_EQ(f.m_plane_normal[k], GMathVec3<double>(0.0, 0.0, 0.0)) << k;
       EXPECT_EQ(f.m_plane_distance[k], 0.0) << k;
@@ -167,56 +164,39 @@ TEST(ShapeFrusta, SphereBoxesHoldTheirRays) {
 }
 
 TEST(ShapeFrusta, LinePlaneAndDiskBoxesHoldTheirRaysInAnyCornerOrder) {
-  GMathMatrix4x4<double> const frame = test_frame();
-  LineRayGenerator line;
-  PlaneRayGenerator plane;
-  DiskRayGenerator disk;
+  PlacedShapes shapes;
   // Near and far origins: the widening of the disk grows with the distance.
   for (GMathVec3<double> const& origin :
        {GMathVec3<double>(2.0, -1.0, 4.0), GMathVec3<double>(-40.0, 25.0, 60.0)}) {
-    line.init(origin, frame, 0.5);
-    plane.init(origin, frame, 0.5, 0.5);
-    disk.init(origin, frame, 0.8, 0.5, 0.5);
-    SampleRayGenerator const* const generators[3] = {&line, &plane, &disk};
-    for (SampleRayGenerator const* g : generators) {
-      SCOPED_TRACE(g == &line ? "line" : (g == &plane ? "plane" : "disk"));
+    shapes.init(origin, test_frame(), 0.8, 0.5, 0.5);
+    for (SampleRayGenerator const* g : shapes.all) {
+      SCOPED_TRACE(shapes.name(g));
       SCOPED_TRACE(testing::Message() << "origin " << origin.x);
       expect_grid_holds_its_rays(*g, 8, 8, true);
       expect_grid_holds_its_rays(*g, 3, 5, true);
       expect_grid_holds_its_rays(*g, 2, 2, true);
       // The whole square: exact for the straight-edged shapes; the disk's
       // widening covers its rim only from far enough away.
-      if (g != &disk || origin.length() > 10.0)
+      if (g != &shapes.disk || origin.length() > 10.0)
         expect_grid_holds_its_rays(*g, 1, 1, true);
     }
   }
 }
 
 TEST(ShapeFrusta, ModeSwitchesLeaveTheFrustumUnchanged) {
-  GMathMatrix4x4<double> const frame = test_frame();
-  GMathVec3<double> const origin(2.0, -1.0, 4.0);
-  LineRayGenerator line;
-  PlaneRayGenerator plane;
-  DiskRayGenerator disk;
-  line.init(origin, frame, 0.5);
-  plane.init(origin, frame, 0.5, 0.5);
-  disk.init(origin, frame, 0.8, 0.5, 0.5);
+  PlacedShapes shapes;
+  shapes.init(GMathVec3<double>(2.0, -1.0, 4.0), test_frame(), 0.8, 0.5, 0.5);
   GMathVec2<double> const c0(0.125, 0.5), c1(0.375, 0.625);
-  GMathFrustum const before[3] = {frustum_of(line, c0, c1), frustum_of(plane, c0, c1),
-                                  frustum_of(disk, c0, c1)};
-  GMathVec3<double> const normal(0.3, -0.2, 0.9);
-  line.discard_clipped_samples(normal);
-  plane.discard_clipped_samples(normal);
-  disk.discard_clipped_samples(normal);
-  GMathFrustum const discard[3] = {frustum_of(line, c0, c1), frustum_of(plane, c0, c1),
-                                   frustum_of(disk, c0, c1)};
-  line.disable_clipping();
-  plane.disable_clipping();
-  disk.disable_clipping();
-  GMathFrustum const after[3] = {frustum_of(line, c0, c1), frustum_of(plane, c0, c1),
-                                 frustum_of(disk, c0, c1)};
+  GMathFrustum before[3], discard[3], after[3];
+  for (int i = 0; i < 3; ++i)
+    before[i] = frustum_of(*shapes.all[i], c0, c1);
+  shapes.discard_clipped_samples(GMathVec3<double>(0.3, -0.2, 0.9));
+  for (int i = 0; i < 3; ++i)
+    discard[i] = frustum_of(*shapes.all[i], c0, c1);
+  shapes.disable_clipping();
   for (int i = 0; i < 3; ++i) {
-    EXPECT_TRUE(same_frustum(before[i], discard[i])) << i;
-    EXPECT_TRUE(same_frustum(before[i], after[i])) << i;
+    after[i] = frustum_of(*shapes.all[i], c0, c1);
+    EXPECT_TRUE(same_frustum(before[i], discard[i])) << shapes.name(shapes.all[i]);
+    EXPECT_TRUE(same_frustum(before[i], after[i])) << shapes.name(shapes.all[i]);
   }
 }

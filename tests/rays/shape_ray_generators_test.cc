@@ -21,6 +21,31 @@ void expect_vec(GMathVec3<double> const& got, double x, double y, double z, char
   EXPECT_EQ(got.z, z) << what;
 }
 
+// A worked ray of the line, plane or disk generator from the origin
+// (0, 0, 1) under the identity frame: exact distance and directions.
+struct WorkedRay {
+  double distance;
+  GMathVec3<double> direction, rx_direction, ry_direction;
+};
+
+void expect_worked_ray(SampleRayGenerator const& g, GMathVec2<double> const& sample,
+                       WorkedRay const& want) {
+  GMathRay ray;
+  double distance = 0.0;
+  ASSERT_TRUE(g.get_ray(sample, ray, &distance));
+  EXPECT_EQ(distance, want.distance);
+  expect_vec(ray.m_direction, want.direction.x, want.direction.y, want.direction.z, "direction");
+  EXPECT_TRUE(ray.m_has_differentials);
+  GMathRayDifferential const& d = ray.m_differential;
+  expect_vec(d.m_rx_direction, want.rx_direction.x, want.rx_direction.y, want.rx_direction.z,
+             "x auxiliary");
+  expect_vec(d.m_ry_direction, want.ry_direction.x, want.ry_direction.y, want.ry_direction.z,
+             "y auxiliary");
+  GMathVec3<double> const origin(0.0, 0.0, 1.0);
+  EXPECT_TRUE(ray.m_origin == origin && d.m_rx_origin == origin && d.m_ry_origin == origin);
+  EXPECT_EQ(ray.m_aux_cleared[0] + ray.m_aux_cleared[1], 0.0);
+}
+
 // Byte pattern that no generator writes: lets a test see what was touched.
 constexpr unsigned char k_sentinel = 0xA5;
 
@@ -204,21 +229,16 @@ TEST(UniformSphereRayGenerator, DirectionsUniformOverTheSphere) {
 TEST(LineRayGenerator, WorkedRayAndDifferentials) {
   LineRayGenerator g;
   g.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 0.5);
-  for (double v : {0.0, 0.4, 1.0}) {
-    GMathRay ray;
-    double distance = 0.0;
-    ASSERT_TRUE(g.get_ray(GMathVec2<double>(1.0, v), ray, &distance));
-    EXPECT_EQ(distance, 1.118033988749895);
-    expect_vec(ray.m_direction, 0.4472135954999579, 0.0, -0.8944271909999159, "direction");
-    expect_vec(ray.m_differential.m_rx_direction, 0.7071067811865475, 0.0, -0.7071067811865475,
-               "x auxiliary");
-    expect_vec(ray.m_differential.m_ry_direction, 0.4082482904638631, 0.4082482904638631,
-               -0.8164965809277261, "y auxiliary");
-    EXPECT_EQ(ray.m_differential.m_rx_origin, GMathVec3<double>(0.0, 0.0, 1.0));
-    EXPECT_EQ(ray.m_differential.m_ry_origin, GMathVec3<double>(0.0, 0.0, 1.0));
-    EXPECT_EQ(ray.m_type, GMathRay::k_type_probe);
-    EXPECT_EQ(ray.m_time, 0.0);
-  }
+  WorkedRay const want = {1.118033988749895,
+                          {0.4472135954999579, 0.0, -0.8944271909999159},
+                          {0.7071067811865475, 0.0, -0.7071067811865475},
+                          {0.4082482904638631, 0.4082482904638631, -0.8164965809277261}};
+  for (double v : {0.0, 0.4, 1.0})
+    expect_worked_ray(g, GMathVec2<double>(1.0, v), want);
+  GMathRay ray;
+  g.get_ray(GMathVec2<double>(0.3, 0.2), ray, nullptr);
+  EXPECT_EQ(ray.m_type, GMathRay::k_type_probe);
+  EXPECT_EQ(ray.m_time, 0.0);
   // The ends and the middle of a placed segment.
   GMathMatrix4x4<double> const frame = test_frame();
   g.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, 0.0);
@@ -242,16 +262,14 @@ TEST(LineRayGenerator, WorkedRayAndDifferentials) {
 TEST(PlaneRayGenerator, WorkedRayAndOneSidedDifferentials) {
   PlaneRayGenerator g;
   g.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 0.5, 1.0);
+  // The y side is reduced to nothing: its auxiliary ray is the main ray.
+  expect_worked_ray(g, GMathVec2<double>(1.0, 1.0),
+                    {1.224744871391589,
+                     {0.4082482904638631, 0.4082482904638631, -0.8164965809277261},
+                     {0.6666666666666666, 0.3333333333333333, -0.6666666666666666},
+                     {0.4082482904638631, 0.4082482904638631, -0.8164965809277261}});
   GMathRay ray;
   double distance = 0.0;
-  ASSERT_TRUE(g.get_ray(GMathVec2<double>(1.0, 1.0), ray, &distance));
-  EXPECT_EQ(distance, 1.224744871391589);
-  expect_vec(ray.m_direction, 0.4082482904638631, 0.4082482904638631, -0.8164965809277261,
-             "direction");
-  EXPECT_TRUE(ray.m_has_differentials);
-  expect_vec(ray.m_differential.m_rx_direction, 0.6666666666666666, 0.3333333333333333,
-             -0.6666666666666666, "x auxiliary");
-  EXPECT_EQ(ray.m_differential.m_ry_direction, ray.m_direction) << "y side reduced to nothing";
   // The four corners of the square aim at the four corners of the rectangle.
   GMathMatrix4x4<double> const frame = test_frame();
   g.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, 0.3, 0.3);
@@ -269,16 +287,14 @@ TEST(PlaneRayGenerator, WorkedRayAndOneSidedDifferentials) {
 TEST(DiskRayGenerator, WorkedRayDifferentialsAndDegenerateRadius) {
   DiskRayGenerator g;
   g.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 2.0, 0.75, 0.75);
+  // Displacements of a quarter of the diameter: (1, 0, 0) and (0, 1, 0).
+  expect_worked_ray(g, GMathVec2<double>(1.0, 0.5),
+                    {2.23606797749979,
+                     {0.8944271909999159, 0.0, -0.4472135954999579},
+                     {0.9486832980505138, 0.0, -0.31622776601683794},
+                     {0.8164965809277261, 0.4082482904638631, -0.4082482904638631}});
   GMathRay ray;
   double distance = 0.0;
-  ASSERT_TRUE(g.get_ray(GMathVec2<double>(1.0, 0.5), ray, &distance));
-  EXPECT_EQ(distance, 2.23606797749979);
-  expect_vec(ray.m_direction, 0.8944271909999159, 0.0, -0.4472135954999579, "direction");
-  // Displacements of a quarter of the diameter: (1, 0, 0) and (0, 1, 0).
-  expect_vec(ray.m_differential.m_rx_direction, 0.9486832980505138, 0.0, -0.31622776601683794,
-             "x auxiliary");
-  expect_vec(ray.m_differential.m_ry_direction, 0.8164965809277261, 0.4082482904638631,
-             -0.4082482904638631, "y auxiliary");
   // The centre of the square aims at the frame's translation.
   GMathMatrix4x4<double> const frame = test_frame();
   g.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, 0.7, 0.5, 0.5);
@@ -373,35 +389,30 @@ TEST(ShapeRayGenerators, ArrayFormsMatchSingleRaysInBothModes) {
   GMathMatrix4x4<double> const frame = test_frame();
   GMathVec3<double> const origin(1.0, 0.5, 3.0);
   std::vector<GMathVec2<double>> const samples = test_samples(4096, 5);
-  LineRayGenerator line(GMathRay::k_type_camera, 0.5);
-  PlaneRayGenerator plane(GMathRay::k_type_diffuse, 1.5);
-  DiskRayGenerator disk(GMathRay::k_type_shadow, 2.5);
+  PlacedShapes shapes;
+  shapes.line.set_ray_time(0.5);
+  shapes.plane.set_ray_type(GMathRay::k_type_diffuse);
+  // Two-sided, one-sided and no differentials.
   for (double reduction : {0.4, 1.0}) {
-    line.init(origin, frame, reduction);
-    plane.init(origin, frame, reduction, 0.8);
-    disk.init(origin, frame, 0.8, reduction, 1.0);
-    SampleRayGenerator const* const generators[3] = {&line, &plane, &disk};
-    for (SampleRayGenerator const* g : generators)
-      EXPECT_EQ(expect_array_matches_single(*g, samples), 4096u);
+    shapes.init(origin, frame, 0.8, reduction, 0.8);
+    for (SampleRayGenerator const* g : shapes.all)
+      EXPECT_EQ(expect_array_matches_single(*g, samples), 4096u) << shapes.name(g);
     // Discard mode: a clip plane through the origin that cuts every shape.
-    GMathVec3<double> const normal =
-        cutting_normal(frame, origin, GMathVec3<double>(1.0, 0.3, 0.0));
-    line.discard_clipped_samples(normal);
-    plane.discard_clipped_samples(normal);
-    disk.discard_clipped_samples(normal);
-    for (SampleRayGenerator const* g : generators) {
+    shapes.discard_clipped_samples(cutting_normal(frame, origin, GMathVec3<double>(1.0, 0.3, 0.0)));
+    for (SampleRayGenerator const* g : shapes.all) {
       unsigned int const n = expect_array_matches_single(*g, samples);
-      EXPECT_GT(n, 1000u);
-      EXPECT_LT(n, 3000u);
+      EXPECT_GT(n, 1000u) << shapes.name(g);
+      EXPECT_LT(n, 3000u) << shapes.name(g);
     }
     // Copies keep the mode.
     DiskRayGenerator copy;
-    copy = disk;
+    copy = shapes.disk;
     expect_array_matches_single(copy, samples);
-    line.disable_clipping();
-    plane.disable_clipping();
-    disk.disable_clipping();
+    shapes.disable_clipping();
   }
+  shapes.init(origin, frame, 0.8, 1.0, 1.0);
+  for (SampleRayGenerator const* g : shapes.all)
+    EXPECT_EQ(expect_array_matches_single(*g, samples), 4096u) << shapes.name(g);
 }
 
 TEST(ShapeRayGenerators, DiscardPacksRaysAndDistancesAndLeavesTheRest) {
@@ -456,23 +467,15 @@ TEST(ShapeRayGenerators, DiscardPacksRaysAndDistancesAndLeavesTheRest) {
 TEST(ShapeRayGenerators, ClipTestIsStrict) {
   // Identity frame, origin above the centre: the target's offset along x is
   // u - 0.5 exactly, so the plane x = 0 holds the samples with u = 0.5.
-  PlaneRayGenerator plane;
-  LineRayGenerator line;
-  DiskRayGenerator disk;
-  GMathVec3<double> const origin(0.0, 0.0, 1.0);
-  plane.init(origin, GMathMatrix4x4<double>(), 0.5, 0.5);
-  line.init(origin, GMathMatrix4x4<double>(), 0.5);
-  disk.init(origin, GMathMatrix4x4<double>(), 1.0, 0.5, 0.5);
-  SampleRayGenerator const* const generators[3] = {&line, &plane, &disk};
+  PlacedShapes shapes;
+  shapes.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 1.0, 0.5, 0.5);
   for (double scale : {1.0, 1e-3, 250.0}) {
-    plane.discard_clipped_samples(GMathVec3<double>(scale, 0.0, 0.0));
-    line.discard_clipped_samples(GMathVec3<double>(scale, 0.0, 0.0));
-    disk.discard_clipped_samples(GMathVec3<double>(scale, 0.0, 0.0));
+    shapes.discard_clipped_samples(GMathVec3<double>(scale, 0.0, 0.0));
     double const just = std::ldexp(1.0, -40);
-    for (SampleRayGenerator const* g : generators) {
+    for (SampleRayGenerator const* g : shapes.all) {
       GMathRay ray;
       double weight = -1.0;
-      EXPECT_FALSE(g->get_ray(GMathVec2<double>(0.5, 0.5), ray, &weight)) << "on the plane";
+      EXPECT_FALSE(g->get_ray(GMathVec2<double>(0.5, 0.5), ray, &weight)) << shapes.name(g);
       EXPECT_EQ(weight, -1.0);
       EXPECT_FALSE(g->get_ray(GMathVec2<double>(0.5 - just, 0.5), ray, &weight));
       EXPECT_TRUE(g->get_ray(GMathVec2<double>(0.5 + just, 0.5), ray, &weight));
@@ -480,20 +483,31 @@ TEST(ShapeRayGenerators, ClipTestIsStrict) {
   }
 }
 
+namespace {
+
+// Local coordinates of the target of a random sample, found from the ray
+// and its distance.
+GMathVec3<double> random_target_local(SampleRayGenerator const& g,
+                                      GMathMatrix4x4<double> const& frame, std::mt19937_64& rng) {
+  std::uniform_real_distribution<double> uniform(0.0, 1.0);
+  GMathRay ray;
+  double distance;
+  g.get_ray(GMathVec2<double>(uniform(rng), uniform(rng)), ray, &distance);
+  return to_local(frame, ray.m_origin + ray.m_direction * distance);
+}
+
+}  // namespace
+
 TEST(PlaneRayGenerator, TargetsUniformOverTheRectangleUnderAFrame) {
   PlaneRayGenerator g;
   GMathMatrix4x4<double> const frame = test_frame();
   g.init(GMathVec3<double>(-2.0, 1.0, 6.0), frame, 0.5, 0.5);
   std::mt19937_64 rng(77);
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
   ChiSquareDomain const domain{0.0, 1.0, 0.0, 1.0, 51, 51};
   ChiSquareResult const r = chi_square_test(
       domain, 1000000,
       [&](int, double& a, double& b) {
-        GMathRay ray;
-        double distance;
-        g.get_ray(GMathVec2<double>(uniform(rng), uniform(rng)), ray, &distance);
-        GMathVec3<double> const local = to_local(frame, ray.m_origin + ray.m_direction * distance);
+        GMathVec3<double> const local = random_target_local(g, frame, rng);
         a = local.x + 0.5;
         b = local.y + 0.5;
         return std::fabs(local.z) <= 1e-9;
@@ -508,17 +522,12 @@ TEST(DiskRayGenerator, TargetsUniformOverTheDiskUnderAFrame) {
   double const radius = 0.6;
   g.init(GMathVec3<double>(-2.0, 1.0, 6.0), frame, radius, 0.5, 0.5);
   std::mt19937_64 rng(78);
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
   // Angle fraction and squared radius: the disk's area is uniform in both.
   ChiSquareDomain const domain{0.0, 1.0, 0.0, 1.0, 51, 51};
   ChiSquareResult const r = chi_square_test(
       domain, 1000000,
       [&](int, double& a, double& b) {
-        GMathRay ray;
-        double distance;
-        g.get_ray(GMathVec2<double>(uniform(rng), uniform(rng)), ray, &distance);
-        GMathVec3<double> const local =
-            to_local(frame, ray.m_origin + ray.m_direction * distance) * (1.0 / radius);
+        GMathVec3<double> const local = random_target_local(g, frame, rng) * (1.0 / radius);
         double phi = std::atan2(local.y, local.x);
         if (phi < 0.0)
           phi += 2.0 * k_pi;

@@ -4,6 +4,7 @@
 
 #include "platform/math/gmath_matrix4x4.h"
 #include "platform/math/gmath_vec3.h"
+#include "sampling/ray_generators.h"
 #include "tests/support/chi_square.h"
 
 // Fixtures shared by the shape generator tests.
@@ -41,6 +42,36 @@ inline GMathVec3<double> to_local(GMathMatrix4x4<double> const& frame, GMathVec3
   }
   return local;
 }
+
+// The line, plane and disk generators, placed by one frame and shooting from
+// one origin, switched together.
+struct PlacedShapes {
+  LineRayGenerator line;
+  PlaneRayGenerator plane;
+  DiskRayGenerator disk;
+  SampleRayGenerator const* all[3] = {&line, &plane, &disk};
+
+  // Spread reduction x for all three, y for the plane and disk.
+  void init(GMathVec3<double> const& origin, GMathMatrix4x4<double> const& frame,
+            double const& radius, double const& reduction_x, double const& reduction_y) {
+    line.init(origin, frame, reduction_x);
+    plane.init(origin, frame, reduction_x, reduction_y);
+    disk.init(origin, frame, radius, reduction_x, reduction_y);
+  }
+  void discard_clipped_samples(GMathVec3<double> const& normal) {
+    line.discard_clipped_samples(normal);
+    plane.discard_clipped_samples(normal);
+    disk.discard_clipped_samples(normal);
+  }
+  void disable_clipping() {
+    line.disable_clipping();
+    plane.disable_clipping();
+    disk.disable_clipping();
+  }
+  char const* name(SampleRayGenerator const* g) const {
+    return g == &line ? "line" : (g == &plane ? "plane" : "disk");
+  }
+};
 
 // The level of each of the suite's three distribution tests.
 inline double shape_chi_square_alpha() {
