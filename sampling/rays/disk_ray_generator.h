@@ -53,7 +53,8 @@ class SAMPLING_API DiskRayGenerator : public SampleRayGenerator {
   // the rays' origin at `ray_origin`. Each spread reduction is clamped to
   // [0, 1] (NaN counts as 0) to cx, cy; when sx = 1 - cx or sy = 1 - cy is
   // positive rays get differentials whose x and y targets move by sx and sy
-  // times the disk's diameter along its local x and y axes, in world units.
+  // times the disk's diameter along its local x and y axes, carried into the
+  // world by the frame.
   // cx = cy = 1 gives rays without differentials (the previous displacements
   // are then kept in the record, unused). Keeps the mode and the clip normal.
   void init(GMathVec3<double> const& ray_origin, GMathMatrix4x4<double> const& frame,
