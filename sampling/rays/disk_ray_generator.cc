@@ -67,6 +67,21 @@ inline void DiskRayGenerator::aim_differentials(GMathVec3<double> const& to_samp
   Family::aim_two_sided(*this, to_sample, differential);
 }
 
+void DiskRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
+                                  double& distance) const {
+  Family::build_ray(*this, to_sample, ray, distance);
+}
+
+void DiskRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray,
+                                  double& distance) const {
+  create_ray(Family::to_sample(*this, sample), ray, distance);
+}
+
+unsigned int DiskRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                                  double& distance) const {
+  return Family::build_ray_discard(*this, sample, ray, distance);
+}
+
 bool DiskRayGenerator::get_ray_callback(DiskRayGenerator const& g, GMathVec2<double> const& sample,
                                         GMathRay& ray, double* weight) {
   return Family::get_ray(g, sample, ray, weight);

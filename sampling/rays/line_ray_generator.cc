@@ -60,6 +60,21 @@ inline void LineRayGenerator::aim_differentials(GMathVec3<double> const& to_samp
   differential.m_ry_direction = aim_displaced(to_sample, cross(m_differential_delta, to_sample));
 }
 
+void LineRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
+                                  double& distance) const {
+  Family::build_ray(*this, to_sample, ray, distance);
+}
+
+void LineRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray,
+                                  double& distance) const {
+  create_ray(Family::to_sample(*this, sample), ray, distance);
+}
+
+unsigned int LineRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                                  double& distance) const {
+  return Family::build_ray_discard(*this, sample, ray, distance);
+}
+
 bool LineRayGenerator::get_ray_callback(LineRayGenerator const& g, GMathVec2<double> const& sample,
                                         GMathRay& ray, double* weight) {
   return Family::get_ray(g, sample, ray, weight);

@@ -71,10 +71,19 @@ class SAMPLING_API LineRayGenerator : public SampleRayGenerator {
   LineRayGenerator& operator=(LineRayGenerator const& other) = default;
 
  private:
+  // Fills `ray` towards m_ray_origin + to_sample and its distance.
+  void create_ray(GMathVec3<double> const& to_sample, GMathRay& ray, double& distance) const;
+  // The same for the target of `sample`.
+  void create_ray(GMathVec2<double> const& sample, GMathRay& ray, double& distance) const;
+  // 1 with ray and distance when the sample passes the clip test, else 0
+  // with both untouched.
+  unsigned int create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                  double& distance) const;
+
   // Hooks of the family code (sampling/rays/shape_ray_family.h), which
-  // holds the ray builders (create_ray, create_ray_discard) and the bodies
-  // of the callbacks below; defined inline in the generator's source, the
-  // only place that calls them.
+  // holds the bodies of the builders above and of the callbacks below;
+  // defined inline in the generator's source, the only place that calls
+  // them.
   inline GMathVec3<double> local_point(GMathVec2<double> const& sample) const;
   inline GMathVec3<double> frustum_local_point(GMathVec2<double> const& corner,
                                                unsigned int const& k) const;

@@ -52,6 +52,21 @@ inline void PlaneRayGenerator::aim_differentials(GMathVec3<double> const& to_sam
   Family::aim_two_sided(*this, to_sample, differential);
 }
 
+void PlaneRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
+                                   double& distance) const {
+  Family::build_ray(*this, to_sample, ray, distance);
+}
+
+void PlaneRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray,
+                                   double& distance) const {
+  create_ray(Family::to_sample(*this, sample), ray, distance);
+}
+
+unsigned int PlaneRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                                   double& distance) const {
+  return Family::build_ray_discard(*this, sample, ray, distance);
+}
+
 bool PlaneRayGenerator::get_ray_callback(PlaneRayGenerator const& g,
                                          GMathVec2<double> const& sample, GMathRay& ray,
                                          double* weight) {

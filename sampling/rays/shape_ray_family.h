@@ -15,7 +15,8 @@
 // origin towards points of a shape that a matrix places in the world, the
 // distance to the point as weight, a strict clip plane through the origin in
 // discard mode, and the packet frustum. Internal; each generator's own
-// callbacks and ray builders forward here, so the three share one body.
+// ray builders (create_ray, create_ray_discard) and callbacks forward here,
+// so the three share one body.
 //
 // G is the generator record. It befriends this template and provides, besides
 // the fields m_ray_type, m_ray_time, m_frame, m_ray_origin, m_clip_normal and
@@ -62,11 +63,12 @@ struct ShapeRayFamily {
     return g.m_frame.transform_point(g.local_point(sample)) - g.m_ray_origin;
   }
 
-  // The ray from m_ray_origin towards m_ray_origin + to_sample, and its
-  // length. The direction is to_sample times 1/distance, unguarded: the
-  // caller keeps the origin off the shape.
-  static void create_ray(G const& g, GMathVec3<double> const& to_sample, GMathRay& ray,
-                         double& distance) {
+  // Body of G::create_ray(to_sample, ray, distance): the ray from
+  // m_ray_origin towards m_ray_origin + to_sample, and its length. The
+  // direction is to_sample times 1/distance, unguarded: the caller keeps the
+  // origin off the shape.
+  static void build_ray(G const& g, GMathVec3<double> const& to_sample, GMathRay& ray,
+                        double& distance) {
     distance = to_sample.length();
     SAMPLING_CHECK(distance != 0.0, "shape ray generator: the ray origin lies on the shape");
     ray.m_type = g.m_ray_type;
@@ -95,32 +97,35 @@ struct ShapeRayFamily {
     return to_sample.x * n.x + to_sample.y * n.y + to_sample.z * n.z > 0.0;
   }
 
-  // 1 and the ray when the sample passes the clip test, else 0 with ray and
-  // distance untouched.
-  static unsigned int create_ray_discard(G const& g, GMathVec2<double> const& sample, GMathRay& ray,
-                                         double& distance) {
+  // Body of G::create_ray_discard: 1 and the ray when the sample passes the
+  // clip test, else 0 with ray and distance untouched.
+  static unsigned int build_ray_discard(G const& g, GMathVec2<double> const& sample, GMathRay& ray,
+                                        double& distance) {
     GMathVec3<double> const t = to_sample(g, sample);
     if (!passes_clip(g, t))
       return 0;
-    create_ray(g, t, ray, distance);
+    g.create_ray(t, ray, distance);
     return 1;
   }
 
+  // The callbacks. The distance goes through the weight pointer, or to a
+  // scratch value when it is null.
   static bool get_ray(G const& g, GMathVec2<double> const& sample, GMathRay& ray, double* weight) {
     double scratch;
-    create_ray(g, to_sample(g, sample), ray, weight ? *weight : scratch);
+    g.create_ray(sample, ray, weight ? *weight : scratch);
     return true;
   }
 
   static bool get_ray_discard(G const& g, GMathVec2<double> const& sample, GMathRay& ray,
                               double* weight) {
     double scratch;
-    return create_ray_discard(g, sample, ray, weight ? *weight : scratch) != 0;
+    return g.create_ray_discard(sample, ray, weight ? *weight : scratch) != 0;
   }
 
-  // With a weight array the distance goes straight into it beside its ray;
-  // without one the builder writes to a scratch value. Both give the same
-  // rays, bit for bit.
+  // With a weight array the target is computed here and the distance goes
+  // straight into the array beside its ray; without one each sample goes
+  // through the sample builder with a scratch distance. Both paths give the
+  // same rays, bit for bit.
   static unsigned int get_rays(G const& g, GMathVec2<double> const* samples,
                                unsigned int const& count, GMathRay* rays, double* weights) {
     SAMPLING_CHECK(count == 0 || (samples && rays),
@@ -129,30 +134,35 @@ struct ShapeRayFamily {
       return 0;
     if (weights) {
       for (unsigned int i = 0; i < count; ++i)
-        create_ray(g, to_sample(g, samples[i]), rays[i], weights[i]);
+        g.create_ray(to_sample(g, samples[i]), rays[i], weights[i]);
     } else {
       double scratch;
       for (unsigned int i = 0; i < count; ++i)
-        create_ray(g, to_sample(g, samples[i]), rays[i], scratch);
+        g.create_ray(samples[i], rays[i], scratch);
     }
     return count;
   }
 
   // Rays of the samples that pass the clip test, packed at the front in
   // sample order, each distance beside its ray; entries from the returned
-  // count on are not touched.
+  // count on are not touched. The two paths as in get_rays.
   static unsigned int get_rays_discard(G const& g, GMathVec2<double> const* samples,
                                        unsigned int const& count, GMathRay* rays, double* weights) {
     SAMPLING_CHECK(count == 0 || (samples && rays),
                    "shape ray generator get_rays: null sample or ray array");
     unsigned int n = 0;
     if (weights) {
-      for (unsigned int i = 0; i < count; ++i)
-        n += create_ray_discard(g, samples[i], rays[n], weights[n]);
+      for (unsigned int i = 0; i < count; ++i) {
+        GMathVec3<double> const t = to_sample(g, samples[i]);
+        if (passes_clip(g, t)) {
+          g.create_ray(t, rays[n], weights[n]);
+          ++n;
+        }
+      }
     } else {
       double scratch;
       for (unsigned int i = 0; i < count; ++i)
-        n += create_ray_discard(g, samples[i], rays[n], scratch);
+        n += g.create_ray_discard(samples[i], rays[n], scratch);
     }
     return n;
   }
