@@ -23,21 +23,13 @@ struct ShapeRayFamily;
 // translation in the fourth column) orients and places it (and may scale it
 // further).
 //
-// Each ray leaves the ray origin with unit direction towards its target, and
-// its weight is the distance from the origin to the target in world units
-// (not the 1.0 of the lobe generators). Rays carry differentials when init
-// enables them: the x and y auxiliary rays aim at the target moved along the
-// disk's local x and y axes by m_differential_delta_x and
-// m_differential_delta_y; both leave the ray origin, their directions are
-// unit vectors (or zero when an auxiliary target falls on the origin).
-//
-// Modes: plain (every sample gives a ray) and discard, in which a sample
-// gives a ray only when its target lies strictly on the side of the clip
-// plane (through the ray origin) into which the clip normal points. The
-// frustum is the same in both modes.
-//
-// The caller keeps the ray origin off the disk: a target at the origin
-// has distance 0 and no direction.
+// Otherwise it works as LineRayGenerator, the family's first member: rays leave
+// the ray origin with unit directions towards their targets, the weight is the
+// distance to the target, discard mode keeps a sample only when its target lies
+// strictly on the clip normal's side of the plane through the ray origin, and
+// the caller keeps the ray origin off the disk. Its differentials are two-
+// sided: the x and y auxiliary rays aim at the target moved along the disk's
+// local x and y axes by m_differential_delta_x and m_differential_delta_y.
 class SAMPLING_API DiskRayGenerator : public SampleRayGenerator {
  public:
   // Plain mode; rays get `type` (default 5, GMathRay::k_type_probe) and
