@@ -27,9 +27,10 @@ struct ShapeRayFamily;
 // the ray origin with unit directions towards their targets, the weight is the
 // distance to the target, discard mode keeps a sample only when its target lies
 // strictly on the clip normal's side of the plane through the ray origin, and
-// the caller keeps the ray origin off the disk. Its differentials are two-
-// sided: the x and y auxiliary rays aim at the target moved along the disk's
-// local x and y axes by m_differential_delta_x and m_differential_delta_y.
+// the caller keeps the ray origin off the disk. Its differentials are
+// two-sided: the x and y auxiliary rays aim at the target moved along the
+// disk's local x and y axes by m_differential_delta_x and
+// m_differential_delta_y.
 class SAMPLING_API DiskRayGenerator : public SampleRayGenerator {
  public:
   // Plain mode; rays get `type` (default 5, GMathRay::k_type_probe) and
