@@ -313,19 +313,6 @@ TEST(DiskRayGenerator, WorkedRayDifferentialsAndDegenerateRadius) {
     ASSERT_EQ(ray.m_differential.m_rx_direction, ray.m_direction);
     ASSERT_EQ(ray.m_differential.m_ry_direction, ray.m_direction);
   }
-  // A negative radius mirrors the targets through the centre.
-  DiskRayGenerator mirrored = g;
-  g.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, 0.7, 0.5, 0.5);
-  mirrored.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, -0.7, 0.5, 0.5);
-  for (GMathVec2<double> const& s : test_samples(50, 4)) {
-    double d0, d1;
-    GMathRay r0, r1;
-    g.get_ray(s, r0, &d0);
-    mirrored.get_ray(s, r1, &d1);
-    GMathVec3<double> const sum =
-        (r0.m_origin + r0.m_direction * d0 - centre) + (r1.m_origin + r1.m_direction * d1 - centre);
-    ASSERT_TRUE(sum.length() <= 1e-12) << s.x << " " << s.y;
-  }
 }
 
 TEST(ShapeRayGenerators, SpreadReductionsSwitchDifferentials) {
