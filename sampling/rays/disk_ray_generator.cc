@@ -1,0 +1,115 @@
+#include "sampling/rays/disk_ray_generator.h"
+
+#include <cmath>
+
+#include "sampling/rays/shape_ray_family.h"
+#include "sampling/sampling.h"
+
+namespace {
+
+typedef ShapeRayFamily<DiskRayGenerator> Family;
+
+}  // namespace
+
+DiskRayGenerator::DiskRayGenerator(GMathRay::Type const& type, double const& time)
+    : m_ray_type(type),
+      m_ray_time(time),
+      m_ray_origin(0.0, 0.0, 0.0),
+      m_differential_delta_x(0.0, 0.0, 0.0),
+      m_differential_delta_y(0.0, 0.0, 0.0),
+      m_clip_normal(0.0, 0.0, 0.0) {
+  disable_clipping();
+}
+
+void DiskRayGenerator::init(GMathVec3<double> const& ray_origin,
+                            GMathMatrix4x4<double> const& frame, double const& radius,
+                            double const& spread_reduction_x, double const& spread_reduction_y) {
+  m_ray_origin = ray_origin;
+  m_frame = frame;
+  m_radius = radius;
+  if (Family::init_two_sided_differentials(*this, spread_reduction_x, spread_reduction_y)) {
+    // Fractions of the diameter, not of the radius.
+    double const diameter = radius * 2.0;
+    m_differential_delta_x = m_differential_delta_x * diameter;
+    m_differential_delta_y = m_differential_delta_y * diameter;
+  }
+}
+
+void DiskRayGenerator::discard_clipped_samples(GMathVec3<double> const& normal) {
+  m_clip_normal = normal;
+  set_callbacks<DiskRayGenerator, &get_ray_discard_callback, &get_rays_discard_callback,
+                &get_frustum_callback>();
+}
+
+void DiskRayGenerator::disable_clipping() {
+  set_callbacks<DiskRayGenerator, &get_ray_callback, &get_rays_callback, &get_frustum_callback>();
+}
+
+// The concentric map's point, each component scaled by the radius (z too, so
+// a negative radius gives -0.0 there).
+inline GMathVec3<double> DiskRayGenerator::local_point(GMathVec2<double> const& sample) const {
+  double r, phi;
+  Sampling::to_unit_disk(sample.x, sample.y, r, phi);
+  return GMathVec3<double>(std::cos(phi) * r * m_radius, std::sin(phi) * r * m_radius,
+                           0.0 * m_radius);
+}
+
+// The corners' own points; the concentric map bends the box edges, which the
+// frustum's widening covers.
+inline GMathVec3<double> DiskRayGenerator::frustum_local_point(GMathVec2<double> const& corner,
+                                                               unsigned int const&) const {
+  return local_point(corner);
+}
+
+// Each auxiliary ray aims at the target moved along one local axis.
+inline void DiskRayGenerator::aim_differentials(GMathVec3<double> const& to_sample,
+                                                GMathRayDifferential& differential) const {
+  Family::aim_two_sided(*this, to_sample, differential);
+}
+
+void DiskRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
+                                  double& distance) const {
+  Family::build_ray(*this, to_sample, ray, distance);
+}
+
+void DiskRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray,
+                                  double& distance) const {
+  create_ray(Family::to_sample(*this, sample), ray, distance);
+}
+
+unsigned int DiskRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                                  double& distance) const {
+  return Family::build_ray_discard(*this, sample, ray, distance);
+}
+
+bool DiskRayGenerator::get_ray_callback(DiskRayGenerator const& g, GMathVec2<double> const& sample,
+                                        GMathRay& ray, double* weight) {
+  return Family::get_ray(g, sample, ray, weight);
+}
+
+unsigned int DiskRayGenerator::get_rays_callback(DiskRayGenerator const& g,
+                                                 GMathVec2<double> const* samples,
+                                                 unsigned int const& count, GMathRay* rays,
+                                                 double* weights) {
+  return Family::get_rays(g, samples, count, rays, weights);
+}
+
+bool DiskRayGenerator::get_ray_discard_callback(DiskRayGenerator const& g,
+                                                GMathVec2<double> const& sample, GMathRay& ray,
+                                                double* weight) {
+  return Family::get_ray_discard(g, sample, ray, weight);
+}
+
+unsigned int DiskRayGenerator::get_rays_discard_callback(DiskRayGenerator const& g,
+                                                         GMathVec2<double> const* samples,
+                                                         unsigned int const& count, GMathRay* rays,
+                                                         double* weights) {
+  return Family::get_rays_discard(g, samples, count, rays, weights);
+}
+
+void DiskRayGenerator::get_frustum_callback(DiskRayGenerator const& g,
+                                            GMathVec2<double> const& corner0,
+                                            GMathVec2<double> const& corner1,
+                                            GMathFrustum& frustum) {
+  Family::get_frustum(g, corner0, corner1, true, frustum);
+}

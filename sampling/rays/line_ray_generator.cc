@@ -1,0 +1,108 @@
+#include "sampling/rays/line_ray_generator.h"
+
+#include "sampling/rays/shape_ray_family.h"
+
+namespace {
+
+typedef ShapeRayFamily<LineRayGenerator> Family;
+
+// Half-width, in local units across the segment, of the strip that stands in
+// for the segment in the frustum, so that no two corner vectors coincide.
+constexpr double k_line_frustum_half_width = 0.01;
+
+}  // namespace
+
+LineRayGenerator::LineRayGenerator(GMathRay::Type const& type, double const& time)
+    : m_ray_type(type),
+      m_ray_time(time),
+      m_ray_origin(0.0, 0.0, 0.0),
+      m_differential_delta(0.0, 0.0, 0.0),
+      m_clip_normal(0.0, 0.0, 0.0) {
+  disable_clipping();
+}
+
+void LineRayGenerator::init(GMathVec3<double> const& ray_origin,
+                            GMathMatrix4x4<double> const& frame, double const& spread_reduction) {
+  m_ray_origin = ray_origin;
+  m_frame = frame;
+  double const s = 1.0 - clamp_spread_reduction(spread_reduction);
+  m_differentials_enabled = s > 0.0;
+  if (m_differentials_enabled)
+    m_differential_delta = m_frame.transform_vector(GMathVec3<double>(s, 0.0, 0.0));
+}
+
+void LineRayGenerator::discard_clipped_samples(GMathVec3<double> const& normal) {
+  m_clip_normal = normal;
+  set_callbacks<LineRayGenerator, &get_ray_discard_callback, &get_rays_discard_callback,
+                &get_frustum_callback>();
+}
+
+void LineRayGenerator::disable_clipping() {
+  set_callbacks<LineRayGenerator, &get_ray_callback, &get_rays_callback, &get_frustum_callback>();
+}
+
+inline GMathVec3<double> LineRayGenerator::local_point(GMathVec2<double> const& sample) const {
+  return GMathVec3<double>(sample.x - 0.5, 0.0, 0.0);
+}
+
+// Corners 0 and 1 on the low side of the strip, 2 and 3 on the high side.
+inline GMathVec3<double> LineRayGenerator::frustum_local_point(GMathVec2<double> const& corner,
+                                                               unsigned int const& k) const {
+  return GMathVec3<double>(corner.x - 0.5,
+                           k < 2 ? -k_line_frustum_half_width : k_line_frustum_half_width, 0.0);
+}
+
+// x: the target moved along the segment; y: to_sample plus delta x
+// to_sample, the main ray turned about the segment's axis.
+inline void LineRayGenerator::aim_differentials(GMathVec3<double> const& to_sample,
+                                                GMathRayDifferential& differential) const {
+  differential.m_rx_direction = aim_displaced(to_sample, m_differential_delta);
+  differential.m_ry_direction = aim_displaced(to_sample, cross(m_differential_delta, to_sample));
+}
+
+void LineRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
+                                  double& distance) const {
+  Family::build_ray(*this, to_sample, ray, distance);
+}
+
+void LineRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray,
+                                  double& distance) const {
+  create_ray(Family::to_sample(*this, sample), ray, distance);
+}
+
+unsigned int LineRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                                  double& distance) const {
+  return Family::build_ray_discard(*this, sample, ray, distance);
+}
+
+bool LineRayGenerator::get_ray_callback(LineRayGenerator const& g, GMathVec2<double> const& sample,
+                                        GMathRay& ray, double* weight) {
+  return Family::get_ray(g, sample, ray, weight);
+}
+
+unsigned int LineRayGenerator::get_rays_callback(LineRayGenerator const& g,
+                                                 GMathVec2<double> const* samples,
+                                                 unsigned int const& count, GMathRay* rays,
+                                                 double* weights) {
+  return Family::get_rays(g, samples, count, rays, weights);
+}
+
+bool LineRayGenerator::get_ray_discard_callback(LineRayGenerator const& g,
+                                                GMathVec2<double> const& sample, GMathRay& ray,
+                                                double* weight) {
+  return Family::get_ray_discard(g, sample, ray, weight);
+}
+
+unsigned int LineRayGenerator::get_rays_discard_callback(LineRayGenerator const& g,
+                                                         GMathVec2<double> const* samples,
+                                                         unsigned int const& count, GMathRay* rays,
+                                                         double* weights) {
+  return Family::get_rays_discard(g, samples, count, rays, weights);
+}
+
+void LineRayGenerator::get_frustum_callback(LineRayGenerator const& g,
+                                            GMathVec2<double> const& corner0,
+                                            GMathVec2<double> const& corner1,
+                                            GMathFrustum& frustum) {
+  Family::get_frustum(g, corner0, corner1, false, frustum);
+}

@@ -1,0 +1,101 @@
+#include "sampling/rays/plane_ray_generator.h"
+
+#include "sampling/rays/shape_ray_family.h"
+
+namespace {
+
+typedef ShapeRayFamily<PlaneRayGenerator> Family;
+
+}  // namespace
+
+PlaneRayGenerator::PlaneRayGenerator(GMathRay::Type const& type, double const& time)
+    : m_ray_type(type),
+      m_ray_time(time),
+      m_ray_origin(0.0, 0.0, 0.0),
+      m_differential_delta_x(0.0, 0.0, 0.0),
+      m_differential_delta_y(0.0, 0.0, 0.0),
+      m_clip_normal(0.0, 0.0, 0.0) {
+  disable_clipping();
+}
+
+void PlaneRayGenerator::init(GMathVec3<double> const& ray_origin,
+                             GMathMatrix4x4<double> const& frame, double const& spread_reduction_x,
+                             double const& spread_reduction_y) {
+  m_ray_origin = ray_origin;
+  m_frame = frame;
+  Family::init_two_sided_differentials(*this, spread_reduction_x, spread_reduction_y);
+}
+
+void PlaneRayGenerator::discard_clipped_samples(GMathVec3<double> const& normal) {
+  m_clip_normal = normal;
+  set_callbacks<PlaneRayGenerator, &get_ray_discard_callback, &get_rays_discard_callback,
+                &get_frustum_callback>();
+}
+
+void PlaneRayGenerator::disable_clipping() {
+  set_callbacks<PlaneRayGenerator, &get_ray_callback, &get_rays_callback, &get_frustum_callback>();
+}
+
+inline GMathVec3<double> PlaneRayGenerator::local_point(GMathVec2<double> const& sample) const {
+  return GMathVec3<double>(sample.x - 0.5, sample.y - 0.5, 0.0);
+}
+
+// The rectangle's edges are straight: the corners themselves.
+inline GMathVec3<double> PlaneRayGenerator::frustum_local_point(GMathVec2<double> const& corner,
+                                                                unsigned int const&) const {
+  return local_point(corner);
+}
+
+// Each auxiliary ray aims at the target moved along one side.
+inline void PlaneRayGenerator::aim_differentials(GMathVec3<double> const& to_sample,
+                                                 GMathRayDifferential& differential) const {
+  Family::aim_two_sided(*this, to_sample, differential);
+}
+
+void PlaneRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
+                                   double& distance) const {
+  Family::build_ray(*this, to_sample, ray, distance);
+}
+
+void PlaneRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray,
+                                   double& distance) const {
+  create_ray(Family::to_sample(*this, sample), ray, distance);
+}
+
+unsigned int PlaneRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                                   double& distance) const {
+  return Family::build_ray_discard(*this, sample, ray, distance);
+}
+
+bool PlaneRayGenerator::get_ray_callback(PlaneRayGenerator const& g,
+                                         GMathVec2<double> const& sample, GMathRay& ray,
+                                         double* weight) {
+  return Family::get_ray(g, sample, ray, weight);
+}
+
+unsigned int PlaneRayGenerator::get_rays_callback(PlaneRayGenerator const& g,
+                                                  GMathVec2<double> const* samples,
+                                                  unsigned int const& count, GMathRay* rays,
+                                                  double* weights) {
+  return Family::get_rays(g, samples, count, rays, weights);
+}
+
+bool PlaneRayGenerator::get_ray_discard_callback(PlaneRayGenerator const& g,
+                                                 GMathVec2<double> const& sample, GMathRay& ray,
+                                                 double* weight) {
+  return Family::get_ray_discard(g, sample, ray, weight);
+}
+
+unsigned int PlaneRayGenerator::get_rays_discard_callback(PlaneRayGenerator const& g,
+                                                          GMathVec2<double> const* samples,
+                                                          unsigned int const& count, GMathRay* rays,
+                                                          double* weights) {
+  return Family::get_rays_discard(g, samples, count, rays, weights);
+}
+
+void PlaneRayGenerator::get_frustum_callback(PlaneRayGenerator const& g,
+                                             GMathVec2<double> const& corner0,
+                                             GMathVec2<double> const& corner1,
+                                             GMathFrustum& frustum) {
+  Family::get_frustum(g, corner0, corner1, false, frustum);
+}

@@ -1,0 +1,116 @@
+#pragma once
+
+#include "platform/math/gmath_frustum.h"
+#include "platform/math/gmath_matrix4x4.h"
+#include "platform/math/gmath_ray.h"
+#include "platform/math/gmath_ray_differential.h"
+#include "platform/math/gmath_vec2.h"
+#include "platform/math/gmath_vec3.h"
+#include "sampling/rays/sample_ray_generator.h"
+#include "sampling/sampling_export.h"
+
+template <typename G>
+struct ShapeRayFamily;
+
+// Rays from one point, the ray origin, towards points of a rectangle that a
+// matrix places in the world.
+//
+// In the frame's local coordinates the rectangle is [-0.5, 0.5]^2 of the
+// plane z = 0; sample (u, v) aims at the local point (u - 0.5, v - 0.5, 0),
+// so targets are uniform per unit area of the rectangle. The frame (a
+// row-major affine matrix, translation in the fourth column) gives the
+// rectangle its width (first column), height (second column), orientation
+// and position.
+//
+// Otherwise it works as LineRayGenerator, the family's first member: rays leave
+// the ray origin with unit directions towards their targets, the weight is the
+// distance to the target, discard mode keeps a sample only when its target lies
+// strictly on the clip normal's side of the plane through the ray origin, and
+// the caller keeps the ray origin off the rectangle. Its differentials are
+// two-sided: the x and y auxiliary rays aim at the target moved along the
+// rectangle's width and height by m_differential_delta_x and
+// m_differential_delta_y.
+class SAMPLING_API PlaneRayGenerator : public SampleRayGenerator {
+ public:
+  // Plain mode; rays get `type` (default 5, GMathRay::k_type_probe) and
+  // `time`. Ray origin, displacement and clip normal are zero; the frame and
+  // the differentials are set by init, which must run before the first ray.
+  PlaneRayGenerator(GMathRay::Type const& type = GMathRay::k_type_probe, double const& time = 0.0);
+  PlaneRayGenerator(PlaneRayGenerator const& other) = default;
+  // Owns nothing.
+  ~PlaneRayGenerator() {}
+
+  // Places the rectangle by `frame` and the rays' origin at `ray_origin`.
+  // Each spread reduction is clamped to [0, 1] (NaN counts as 0) to cx, cy;
+  // when sx = 1 - cx or sy = 1 - cy is positive rays get differentials whose
+  // x and y targets move by sx times the world width vector and sy times the
+  // world height vector (a side with c = 1 moves by zero). cx = cy = 1 gives
+  // rays without differentials (the previous displacements are then kept in
+  // the record, unused). Keeps the mode and the clip normal.
+  void init(GMathVec3<double> const& ray_origin, GMathMatrix4x4<double> const& frame,
+            double const& spread_reduction_x, double const& spread_reduction_y);
+
+  // Time written into later rays.
+  void set_ray_time(double const& time) { m_ray_time = time; }
+  // Type written into later rays.
+  void set_ray_type(GMathRay::Type const& type) { m_ray_type = type; }
+
+  // Discard mode: a sample gives a ray only when (target - ray origin) .
+  // normal > 0. The normal need not be of unit length; a zero normal rejects
+  // every sample.
+  void discard_clipped_samples(GMathVec3<double> const& normal);
+  // Plain mode: every sample gives a ray. The clip normal stays stored.
+  void disable_clipping();
+
+  // Copies the whole record, mode included.
+  PlaneRayGenerator& operator=(PlaneRayGenerator const& other) = default;
+
+ private:
+  // Fills `ray` towards m_ray_origin + to_sample and its distance.
+  void create_ray(GMathVec3<double> const& to_sample, GMathRay& ray, double& distance) const;
+  // The same for the target of `sample`.
+  void create_ray(GMathVec2<double> const& sample, GMathRay& ray, double& distance) const;
+  // 1 with ray and distance when the sample passes the clip test, else 0
+  // with both untouched.
+  unsigned int create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                  double& distance) const;
+
+  // Hooks of the family code (sampling/rays/shape_ray_family.h), which
+  // holds the bodies of the builders above and of the callbacks below;
+  // defined inline in the generator's source, the only place that calls
+  // them.
+  inline GMathVec3<double> local_point(GMathVec2<double> const& sample) const;
+  inline GMathVec3<double> frustum_local_point(GMathVec2<double> const& corner,
+                                               unsigned int const& k) const;
+  inline void aim_differentials(GMathVec3<double> const& to_sample,
+                                GMathRayDifferential& differential) const;
+
+  static bool get_ray_callback(PlaneRayGenerator const& g, GMathVec2<double> const& sample,
+                               GMathRay& ray, double* weight);
+  static unsigned int get_rays_callback(PlaneRayGenerator const& g,
+                                        GMathVec2<double> const* samples, unsigned int const& count,
+                                        GMathRay* rays, double* weights);
+  static bool get_ray_discard_callback(PlaneRayGenerator const& g, GMathVec2<double> const& sample,
+                                       GMathRay& ray, double* weight);
+  static unsigned int get_rays_discard_callback(PlaneRayGenerator const& g,
+                                                GMathVec2<double> const* samples,
+                                                unsigned int const& count, GMathRay* rays,
+                                                double* weights);
+  // The frustum of a sample box: see docs/rays.md, "Shape generators".
+  static void get_frustum_callback(PlaneRayGenerator const& g, GMathVec2<double> const& corner0,
+                                   GMathVec2<double> const& corner1, GMathFrustum& frustum);
+
+  GMathRay::Type m_ray_type;
+  double m_ray_time;
+  GMathMatrix4x4<double> m_frame;
+  GMathVec3<double> m_ray_origin;
+  GMathVec3<double> m_differential_delta_x;
+  GMathVec3<double> m_differential_delta_y;
+  GMathVec3<double> m_clip_normal;
+  bool m_differentials_enabled;
+
+  friend struct ShapeRayFamily<PlaneRayGenerator>;
+};
+
+static_assert(sizeof(PlaneRayGenerator) == 24 + 8 + 8 + 128 + 4 * 24 + 8,
+              "PlaneRayGenerator layout");

@@ -1,0 +1,92 @@
+#include "sampling/rays/uniform_sphere_ray_generator.h"
+
+#include <cmath>
+
+#include "platform/math/gmath_ray_differential.h"
+#include "sampling/angles.h"
+#include "sampling/checks.h"
+#include "sampling/rays/shape_ray_math.h"
+#include "sampling/sampling.h"
+
+UniformSphereRayGenerator::UniformSphereRayGenerator(GMathRay::Type const& type, double const& time)
+    : m_ray_type(type), m_ray_time(time), m_ray_origin(0.0, 0.0, 0.0) {
+  set_callbacks<UniformSphereRayGenerator, &get_ray_callback, &get_rays_callback,
+                &get_frustum_callback>();
+}
+
+void UniformSphereRayGenerator::init(GMathVec3<double> const& centre,
+                                     double const& spread_reduction_x,
+                                     double const& spread_reduction_y) {
+  m_ray_origin = centre;
+  double const a = (1.0 - spread_reduction_x) * k_sampling_two_pi;
+  double const b = (1.0 - spread_reduction_y) * k_sampling_pi;
+  // (cos, sin) of atan(a) and atan(b), without the trigonometry.
+  m_cos[0] = 1.0 / std::sqrt(a * a + 1.0);
+  m_sin[0] = m_cos[0] * a;
+  m_cos[1] = 1.0 / std::sqrt(b * b + 1.0);
+  m_sin[1] = m_cos[1] * b;
+}
+
+void UniformSphereRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray) const {
+  GMathVec3<double> direction, tangent, bitangent;
+  Sampling::sphere_uniform(sample.x, sample.y, direction, tangent, bitangent);
+  create_ray(direction, tangent, bitangent, ray);
+}
+
+void UniformSphereRayGenerator::create_ray(GMathVec3<double> const& direction,
+                                           GMathVec3<double> const& tangent,
+                                           GMathVec3<double> const& bitangent,
+                                           GMathRay& ray) const {
+  ray.m_origin = m_ray_origin;
+  ray.set_direction(direction);
+  ray.m_type = m_ray_type;
+  ray.m_time = m_ray_time;
+  // (direction, tangent, bitangent) is orthonormal, so the turned directions
+  // are unit vectors as they stand.
+  GMathRayDifferential differential;
+  differential.m_rx_origin = m_ray_origin;
+  differential.m_ry_origin = m_ray_origin;
+  differential.m_rx_direction = direction * m_cos[0] + tangent * m_sin[0];
+  differential.m_ry_direction = direction * m_cos[1] + bitangent * m_sin[1];
+  ray.set_differentials(differential);
+  clear_aux_cleared(ray);
+}
+
+bool UniformSphereRayGenerator::get_ray_callback(UniformSphereRayGenerator const& g,
+                                                 GMathVec2<double> const& sample, GMathRay& ray,
+                                                 double* weight) {
+  g.create_ray(sample, ray);
+  store_unit_weight(weight);
+  return true;
+}
+
+unsigned int UniformSphereRayGenerator::get_rays_callback(UniformSphereRayGenerator const& g,
+                                                          GMathVec2<double> const* samples,
+                                                          unsigned int const& count, GMathRay* rays,
+                                                          double* weights) {
+  SAMPLING_CHECK(count == 0 || (samples && rays),
+                 "UniformSphereRayGenerator get_rays: null sample or ray array");
+  for (unsigned int i = 0; i < count; ++i) {
+    GMathVec3<double> direction, tangent, bitangent;
+    Sampling::sphere_uniform(samples[i].x, samples[i].y, direction, tangent, bitangent);
+    g.create_ray(direction, tangent, bitangent, rays[i]);
+  }
+  store_unit_weights(weights, count);
+  return count;
+}
+
+void UniformSphereRayGenerator::get_frustum_callback(UniformSphereRayGenerator const& g,
+                                                     GMathVec2<double> const& corner0,
+                                                     GMathVec2<double> const& corner1,
+                                                     GMathFrustum& frustum) {
+  // The planes point inwards only when u and v run the same way between the
+  // corners; nothing turns them afterwards.
+  SAMPLING_CHECK(corner0.x <= corner1.x && corner0.y <= corner1.y,
+                 "UniformSphereRayGenerator::get_frustum: corner0 is not the low corner");
+  GMathVec3<double> c[4];
+  for (unsigned int k = 0; k < 4; ++k) {
+    GMathVec2<double> const corner = box_corner(corner0, corner1, k);
+    Sampling::sphere_uniform(corner.x, corner.y, c[k]);
+  }
+  fill_shape_frustum(c, false, true, g.m_ray_origin, frustum);
+}

@@ -1,0 +1,548 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "sampling/angles.h"
+#include "sampling/ray_generators.h"
+#include "sampling/rays/ray_math.h"
+#include "shape_ray_test_support.h"
+#include "tests/support/chi_square.h"
+
+namespace {
+
+constexpr double k_pi = 3.141592653589793;
+
+void expect_vec(GMathVec3<double> const& got, double x, double y, double z, char const* what) {
+  EXPECT_EQ(got.x, x) << what;
+  EXPECT_EQ(got.y, y) << what;
+  EXPECT_EQ(got.z, z) << what;
+}
+
+// A worked ray of the line, plane or disk generator from the origin
+// (0, 0, 1) under the identity frame: exact distance and directions.
+struct WorkedRay {
+  double distance;
+  GMathVec3<double> direction, rx_direction, ry_direction;
+};
+
+void expect_worked_ray(SampleRayGenerator const& g, GMathVec2<double> const& sample,
+                       WorkedRay const& want) {
+  GMathRay ray;
+  double distance = 0.0;
+  ASSERT_TRUE(g.get_ray(sample, ray, &distance));
+  EXPECT_EQ(distance, want.distance);
+  expect_vec(ray.m_direction, want.direction.x, want.direction.y, want.direction.z, "direction");
+  EXPECT_TRUE(ray.m_has_differentials);
+  GMathRayDifferential const& d = ray.m_differential;
+  expect_vec(d.m_rx_direction, want.rx_direction.x, want.rx_direction.y, want.rx_direction.z,
+             "x auxiliary");
+  expect_vec(d.m_ry_direction, want.ry_direction.x, want.ry_direction.y, want.ry_direction.z,
+             "y auxiliary");
+  GMathVec3<double> const origin(0.0, 0.0, 1.0);
+  EXPECT_TRUE(ray.m_origin == origin && d.m_rx_origin == origin && d.m_ry_origin == origin);
+  EXPECT_EQ(ray.m_aux_cleared[0] + ray.m_aux_cleared[1], 0.0);
+}
+
+// Byte pattern that no generator writes: lets a test see what was touched.
+constexpr unsigned char k_sentinel = 0xA5;
+
+// Fills count records at p with the sentinel, padding included.
+template <typename T>
+void poison(T* p, size_t count) {
+  std::memset(static_cast<void*>(p), k_sentinel, count * sizeof(T));
+}
+
+// Samples spread over the square, with the edges and the centre included.
+std::vector<GMathVec2<double>> test_samples(unsigned int count, unsigned int seed) {
+  std::mt19937_64 rng(seed);
+  std::uniform_real_distribution<double> uniform(0.0, 1.0);
+  std::vector<GMathVec2<double>> samples(count);
+  double const edges[] = {0.0, 0.5, 1.0};
+  for (unsigned int i = 0; i < count; ++i) {
+    samples[i] = GMathVec2<double>(uniform(rng), uniform(rng));
+    if (i < 9)
+      samples[i] = GMathVec2<double>(edges[i % 3], edges[i / 3]);
+  }
+  return samples;
+}
+
+// get_ray sample by sample against get_rays with and without a weight array:
+// the same rays and weights bit for bit, packed at the front, nothing written
+// beyond the returned count. Returns that count.
+unsigned int expect_array_matches_single(SampleRayGenerator const& g,
+                                         std::vector<GMathVec2<double>> const& samples) {
+  unsigned int const n = static_cast<unsigned int>(samples.size());
+  std::vector<GMathRay> expected(n), rays(n), rays_unweighted(n);
+  std::vector<double> expected_weights(n), weights(n);
+  poison(expected.data(), n);
+  poison(rays.data(), n);
+  poison(rays_unweighted.data(), n);
+  poison(expected_weights.data(), n);
+  poison(weights.data(), n);
+  unsigned int produced = 0;
+  for (unsigned int i = 0; i < n; ++i) {
+    GMathRay ray;
+    poison(&ray, 1);
+    double weight = -1.0;
+    if (g.get_ray(samples[i], ray, &weight)) {
+      expected[produced] = ray;
+      expected_weights[produced] = weight;
+      ++produced;
+    } else {
+      EXPECT_EQ(weight, -1.0) << "a rejected sample writes no weight, sample " << i;
+    }
+  }
+  EXPECT_EQ(g.get_rays(samples.data(), n, rays.data(), weights.data()), produced);
+  EXPECT_EQ(g.get_rays(samples.data(), n, rays_unweighted.data(), nullptr), produced);
+  EXPECT_EQ(std::memcmp(expected.data(), rays.data(), n * sizeof(GMathRay)), 0);
+  EXPECT_EQ(std::memcmp(expected.data(), rays_unweighted.data(), n * sizeof(GMathRay)), 0);
+  EXPECT_EQ(std::memcmp(expected_weights.data(), weights.data(), n * sizeof(double)), 0);
+  return produced;
+}
+
+// Normal of a clip plane through the origin that cuts the shape through its
+// centre along the local direction `along`.
+GMathVec3<double> cutting_normal(GMathMatrix4x4<double> const& frame,
+                                 GMathVec3<double> const& origin, GMathVec3<double> const& along) {
+  GMathVec3<double> const centre(frame(0, 3), frame(1, 3), frame(2, 3));
+  return cross(centre - origin, frame.transform_vector(along));
+}
+
+}  // namespace
+
+// ---- Uniform sphere ---------------------------------------------------------
+
+TEST(UniformSphereRayGenerator, WorkedDirectionsAndSpreads) {
+  UniformSphereRayGenerator g;
+  GMathVec3<double> const centre(1.0, -2.0, 3.0);
+  g.init(centre, 0.0, 0.0);
+  GMathRay ray;
+  double weight = 0.0;
+  ASSERT_TRUE(g.get_ray(GMathVec2<double>(0.5, 0.0), ray, &weight));
+  EXPECT_EQ(weight, 1.0);
+  expect_vec(ray.m_direction, 1.0, 0.0, 0.0, "equator at v = 0");
+  // Turned by atan(2pi) towards increasing azimuth, atan(pi) towards +z.
+  expect_vec(ray.m_differential.m_rx_direction, 0.15717672547762854, 0.9875704921513856, 0.0,
+             "x spread");
+  expect_vec(ray.m_differential.m_ry_direction, 0.3033144710534224, 0.0, 0.9528905139886652,
+             "y spread");
+  EXPECT_EQ(ray.m_origin, centre);
+  EXPECT_EQ(ray.m_differential.m_rx_origin, centre);
+  EXPECT_EQ(ray.m_differential.m_ry_origin, centre);
+  EXPECT_TRUE(ray.m_has_differentials);
+  EXPECT_EQ(ray.m_type, GMathRay::k_type_probe);
+  EXPECT_EQ(ray.m_time, 0.0);
+  EXPECT_EQ(ray.m_aux_cleared[0] + ray.m_aux_cleared[1], 0.0);
+
+  for (double v : {0.0, 0.3, 1.0}) {
+    g.get_ray(GMathVec2<double>(0.0, v), ray, nullptr);
+    expect_vec(ray.m_direction, 0.0, 0.0, 1.0, "u = 0 is the +z pole");
+    g.get_ray(GMathVec2<double>(1.0, v), ray, nullptr);
+    expect_vec(ray.m_direction, 0.0, 0.0, -1.0, "u = 1 is the -z pole");
+  }
+  // The library's pi leaves cos(pi/2) at about 4e-13.
+  g.get_ray(GMathVec2<double>(0.5, 0.25), ray, nullptr);
+  EXPECT_TRUE(std::fabs(ray.m_direction.x - 3.966e-13) <= 5e-17) << ray.m_direction.x;
+  EXPECT_EQ(ray.m_direction.y, 1.0);
+
+  // Reductions of 1: no spread, the auxiliary rays are the main ray. Above 1
+  // they turn the other way.
+  UniformSphereRayGenerator flat(GMathRay::k_type_shadow, 2.5);
+  flat.init(centre, 1.0, 1.0);
+  flat.get_ray(GMathVec2<double>(0.3, 0.7), ray, nullptr);
+  EXPECT_EQ(ray.m_differential.m_rx_direction, ray.m_direction);
+  EXPECT_EQ(ray.m_differential.m_ry_direction, ray.m_direction);
+  EXPECT_EQ(ray.m_type, GMathRay::k_type_shadow);
+  EXPECT_EQ(ray.m_time, 2.5);
+  flat.init(centre, 1.5, 1.5);
+  flat.get_ray(GMathVec2<double>(0.5, 0.0), ray, nullptr);
+  EXPECT_LT(ray.m_differential.m_rx_direction.y, 0.0);
+  EXPECT_LT(ray.m_differential.m_ry_direction.z, 0.0);
+}
+
+TEST(UniformSphereRayGenerator, RaysAreUnitWithUnitAuxiliaryRaysAtTheirSpread) {
+  UniformSphereRayGenerator g;
+  g.init(GMathVec3<double>(0.5, 0.5, 0.5), 0.9, 0.8);
+  double const cx = 1.0 / std::sqrt(1.0 + std::pow(0.1 * k_sampling_two_pi, 2));
+  double const cy = 1.0 / std::sqrt(1.0 + std::pow(0.2 * k_sampling_pi, 2));
+  for (GMathVec2<double> const& s : test_samples(2000, 7)) {
+    GMathRay ray;
+    g.get_ray(s, ray, nullptr);
+    GMathVec3<double> const& d = ray.m_direction;
+    GMathVec3<double> const& rx = ray.m_differential.m_rx_direction;
+    GMathVec3<double> const& ry = ray.m_differential.m_ry_direction;
+    double const err = std::fabs(d.length() - 1.0) + std::fabs(rx.length() - 1.0) +
+                       std::fabs(ry.length() - 1.0) + std::fabs(dot(d, rx) - cx) +
+                       std::fabs(dot(d, ry) - cy);
+    ASSERT_TRUE(err <= 1e-12) << s.x << " " << s.y;
+    // x turns about the z axis towards increasing azimuth, keeping the
+    // height's share; y turns within the meridian towards the +z pole.
+    double const turn = std::fabs(rx.z - d.z * cx) + std::fabs(d.x * ry.y - d.y * ry.x);
+    ASSERT_TRUE(turn <= 1e-12) << s.x << " " << s.y;
+    ASSERT_TRUE(d.x * rx.y - d.y * rx.x >= -1e-15) << s.x << " " << s.y;
+    ASSERT_TRUE(ry.z - d.z * cy >= -1e-15) << s.x << " " << s.y;
+  }
+}
+
+TEST(UniformSphereRayGenerator, ArrayFormsMatchSingleRaysBitForBit) {
+  UniformSphereRayGenerator g(GMathRay::k_type_diffuse, 0.25);
+  g.init(GMathVec3<double>(-3.0, 0.25, 7.0), 0.95, 0.9);
+  std::vector<GMathVec2<double>> const samples = test_samples(4096, 1);
+  EXPECT_EQ(expect_array_matches_single(g, samples), 4096u);
+  UniformSphereRayGenerator copy;
+  copy = g;
+  EXPECT_EQ(expect_array_matches_single(copy, samples), 4096u);
+  GMathRay ray;
+  double weight = -1.0;
+  EXPECT_EQ(g.get_rays(samples.data(), 0, &ray, &weight), 0u);
+  EXPECT_EQ(weight, -1.0);
+}
+
+TEST(UniformSphereRayGenerator, DirectionsUniformOverTheSphere) {
+  UniformSphereRayGenerator g;
+  g.init(GMathVec3<double>(4.0, 5.0, 6.0), 0.5, 0.5);
+  std::mt19937_64 rng(2024);
+  std::uniform_real_distribution<double> uniform(0.0, 1.0);
+  // Azimuth fraction and height: the sphere's area is uniform in both.
+  ChiSquareDomain const domain{0.0, 1.0, -1.0, 1.0, 51, 101};
+  ChiSquareResult const r = chi_square_test(
+      domain, 1000000,
+      [&](int, double& a, double& b) {
+        GMathRay ray;
+        g.get_ray(GMathVec2<double>(uniform(rng), uniform(rng)), ray, nullptr);
+        double phi = std::atan2(ray.m_direction.y, ray.m_direction.x);
+        if (phi < 0.0)
+          phi += 2.0 * k_pi;
+        a = phi / (2.0 * k_pi);
+        b = ray.m_direction.z;
+        return std::fabs(ray.m_direction.length() - 1.0) <= 1e-12;
+      },
+      [](double, double) { return 0.5; }, shape_chi_square_alpha());
+  EXPECT_TRUE(r.passed) << r.message;
+}
+
+// ---- Line, plane and disk -----------------------------------------------------
+
+TEST(LineRayGenerator, WorkedRayAndDifferentials) {
+  LineRayGenerator g;
+  g.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 0.5);
+  WorkedRay const want = {1.118033988749895,
+                          {0.4472135954999579, 0.0, -0.8944271909999159},
+                          {0.7071067811865475, 0.0, -0.7071067811865475},
+                          {0.4082482904638631, 0.4082482904638631, -0.8164965809277261}};
+  for (double v : {0.0, 0.4, 1.0})
+    expect_worked_ray(g, GMathVec2<double>(1.0, v), want);
+  GMathRay ray;
+  g.get_ray(GMathVec2<double>(0.3, 0.2), ray, nullptr);
+  EXPECT_EQ(ray.m_type, GMathRay::k_type_probe);
+  EXPECT_EQ(ray.m_time, 0.0);
+  // The ends and the middle of a placed segment.
+  GMathMatrix4x4<double> const frame = test_frame();
+  g.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, 0.0);
+  GMathVec3<double> const ends[3] = {frame.transform_point(GMathVec3<double>(-0.5, 0.0, 0.0)),
+                                     frame.transform_point(GMathVec3<double>(0.0, 0.0, 0.0)),
+                                     frame.transform_point(GMathVec3<double>(0.5, 0.0, 0.0))};
+  for (int i = 0; i < 3; ++i) {
+    GMathRay ray;
+    double distance = 0.0;
+    g.get_ray(GMathVec2<double>(0.5 * i, 0.9), ray, &distance);
+    GMathVec3<double> const target = ray.m_origin + ray.m_direction * distance;
+    EXPECT_TRUE((target - ends[i]).length() <= 1e-12) << i;
+    // A reduction of 0 moves the x target by the whole segment.
+    GMathVec3<double> const moved = ends[i] + (ends[2] - ends[0]) - ray.m_origin;
+    EXPECT_TRUE((ray.m_differential.m_rx_direction - moved * (1.0 / moved.length())).length() <=
+                1e-12)
+        << i;
+  }
+}
+
+TEST(PlaneRayGenerator, WorkedRayAndOneSidedDifferentials) {
+  PlaneRayGenerator g;
+  g.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 0.5, 1.0);
+  // The y side is reduced to nothing: its auxiliary ray is the main ray.
+  expect_worked_ray(g, GMathVec2<double>(1.0, 1.0),
+                    {1.224744871391589,
+                     {0.4082482904638631, 0.4082482904638631, -0.8164965809277261},
+                     {0.6666666666666666, 0.3333333333333333, -0.6666666666666666},
+                     {0.4082482904638631, 0.4082482904638631, -0.8164965809277261}});
+  GMathRay ray;
+  double distance = 0.0;
+  // The four corners of the square aim at the four corners of the rectangle.
+  GMathMatrix4x4<double> const frame = test_frame();
+  g.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, 0.3, 0.3);
+  for (int k = 0; k < 5; ++k) {
+    GMathVec2<double> const s =
+        k < 4 ? GMathVec2<double>(k & 1, k >> 1) : GMathVec2<double>(0.5, 0.5);
+    g.get_ray(s, ray, &distance);
+    GMathVec3<double> const target = ray.m_origin + ray.m_direction * distance;
+    GMathVec3<double> const want =
+        frame.transform_point(GMathVec3<double>(s.x - 0.5, s.y - 0.5, 0.0));
+    EXPECT_TRUE((target - want).length() <= 1e-12) << k;
+  }
+}
+
+TEST(DiskRayGenerator, WorkedRayDifferentialsAndDegenerateRadius) {
+  DiskRayGenerator g;
+  g.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 2.0, 0.75, 0.75);
+  // Displacements of a quarter of the diameter: (1, 0, 0) and (0, 1, 0).
+  expect_worked_ray(g, GMathVec2<double>(1.0, 0.5),
+                    {2.23606797749979,
+                     {0.8944271909999159, 0.0, -0.4472135954999579},
+                     {0.9486832980505138, 0.0, -0.31622776601683794},
+                     {0.8164965809277261, 0.4082482904638631, -0.4082482904638631}});
+  GMathRay ray;
+  double distance = 0.0;
+  // The centre of the square aims at the frame's translation.
+  GMathMatrix4x4<double> const frame = test_frame();
+  g.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, 0.7, 0.5, 0.5);
+  g.get_ray(GMathVec2<double>(0.5, 0.5), ray, &distance);
+  GMathVec3<double> const centre(frame[3], frame[7], frame[11]);
+  EXPECT_TRUE((ray.m_origin + ray.m_direction * distance - centre).length() <= 1e-12);
+  // Radius 0: every sample aims at the centre, the auxiliary rays equal the
+  // main ray although differentials stay on.
+  g.init(GMathVec3<double>(3.0, 4.0, 5.0), frame, 0.0, 0.5, 0.5);
+  GMathRay centre_ray;
+  g.get_ray(GMathVec2<double>(0.5, 0.5), centre_ray, nullptr);
+  for (GMathVec2<double> const& s : test_samples(50, 3)) {
+    g.get_ray(s, ray, nullptr);
+    ASSERT_EQ(ray.m_direction, centre_ray.m_direction);
+    ASSERT_TRUE(ray.m_has_differentials);
+    ASSERT_EQ(ray.m_differential.m_rx_direction, ray.m_direction);
+    ASSERT_EQ(ray.m_differential.m_ry_direction, ray.m_direction);
+  }
+}
+
+TEST(ShapeRayGenerators, SpreadReductionsSwitchDifferentials) {
+  GMathMatrix4x4<double> const frame = test_frame();
+  GMathVec3<double> const origin(3.0, 4.0, 5.0);
+  LineRayGenerator line;
+  PlaneRayGenerator plane;
+  DiskRayGenerator disk;
+  GMathRay ray;
+  auto expect_none = [&](SampleRayGenerator const& g, char const* what) {
+    poison(&ray, 1);
+    g.get_ray(GMathVec2<double>(0.3, 0.6), ray, nullptr);
+    EXPECT_FALSE(ray.m_has_differentials) << what;
+    EXPECT_EQ(ray.m_aux[0] + ray.m_aux[1] + ray.m_aux_cleared[0] + ray.m_aux_cleared[1], 0.0)
+        << what;
+  };
+  line.init(origin, frame, 1.0);
+  expect_none(line, "line, reduction 1");
+  line.init(origin, frame, 7.0);
+  expect_none(line, "line, reduction above 1");
+  plane.init(origin, frame, 1.0, 2.0);
+  expect_none(plane, "plane, both at least 1");
+  disk.init(origin, frame, 0.7, 1.0, 1.0);
+  expect_none(disk, "disk, both at least 1");
+  // NaN and negative reductions count as 0: the whole segment.
+  LineRayGenerator zero, nan, negative;
+  zero.init(origin, frame, 0.0);
+  nan.init(origin, frame, std::nan(""));
+  negative.init(origin, frame, -3.0);
+  GMathRay r0, r1, r2;
+  poison(&r0, 1);
+  poison(&r1, 1);
+  poison(&r2, 1);
+  zero.get_ray(GMathVec2<double>(0.2, 0.0), r0, nullptr);
+  nan.get_ray(GMathVec2<double>(0.2, 0.0), r1, nullptr);
+  negative.get_ray(GMathVec2<double>(0.2, 0.0), r2, nullptr);
+  EXPECT_EQ(std::memcmp(&r0, &r1, sizeof r0), 0);
+  EXPECT_EQ(std::memcmp(&r0, &r2, sizeof r0), 0);
+  // Setters reach later rays.
+  plane.init(origin, frame, 0.5, 0.5);
+  plane.set_ray_time(3.25);
+  plane.set_ray_type(GMathRay::k_type_shadow);
+  plane.get_ray(GMathVec2<double>(0.3, 0.6), ray, nullptr);
+  EXPECT_EQ(ray.m_time, 3.25);
+  EXPECT_EQ(ray.m_type, GMathRay::k_type_shadow);
+  EXPECT_TRUE(ray.m_has_differentials);
+}
+
+TEST(ShapeRayGenerators, AuxiliaryTargetOnTheOriginGivesZeroDirection) {
+  // Origin beside the rectangle's right edge, one width away from the
+  // centre: the x auxiliary target of the centre sample is the origin itself.
+  PlaneRayGenerator g;
+  g.init(GMathVec3<double>(1.0, 0.0, 0.0), GMathMatrix4x4<double>(), 0.0, 1.0);
+  GMathRay ray;
+  g.get_ray(GMathVec2<double>(0.5, 0.5), ray, nullptr);
+  EXPECT_EQ(ray.m_differential.m_rx_direction, GMathVec3<double>(0.0, 0.0, 0.0));
+  EXPECT_EQ(ray.m_differential.m_ry_direction, ray.m_direction);
+}
+
+TEST(ShapeRayGenerators, ArrayFormsMatchSingleRaysInBothModes) {
+  GMathMatrix4x4<double> const frame = test_frame();
+  GMathVec3<double> const origin(1.0, 0.5, 3.0);
+  std::vector<GMathVec2<double>> const samples = test_samples(4096, 5);
+  PlacedShapes shapes;
+  shapes.line.set_ray_time(0.5);
+  shapes.plane.set_ray_type(GMathRay::k_type_diffuse);
+  // Two-sided, one-sided and no differentials.
+  for (double reduction : {0.4, 1.0}) {
+    shapes.init(origin, frame, 0.8, reduction, 0.8);
+    for (SampleRayGenerator const* g : shapes.all)
+      EXPECT_EQ(expect_array_matches_single(*g, samples), 4096u) << shapes.name(g);
+    // Discard mode: a clip plane through the origin that cuts every shape.
+    shapes.discard_clipped_samples(cutting_normal(frame, origin, GMathVec3<double>(1.0, 0.3, 0.0)));
+    for (SampleRayGenerator const* g : shapes.all) {
+      unsigned int const n = expect_array_matches_single(*g, samples);
+      EXPECT_GT(n, 1000u) << shapes.name(g);
+      EXPECT_LT(n, 3000u) << shapes.name(g);
+    }
+    // Copies keep the mode.
+    DiskRayGenerator copy;
+    copy = shapes.disk;
+    expect_array_matches_single(copy, samples);
+    shapes.disable_clipping();
+  }
+  shapes.init(origin, frame, 0.8, 1.0, 1.0);
+  for (SampleRayGenerator const* g : shapes.all)
+    EXPECT_EQ(expect_array_matches_single(*g, samples), 4096u) << shapes.name(g);
+}
+
+TEST(ShapeRayGenerators, DiscardPacksRaysAndDistancesAndLeavesTheRest) {
+  PlaneRayGenerator g;
+  GMathMatrix4x4<double> const frame = test_frame();
+  GMathVec3<double> const origin(1.0, 0.5, 3.0);
+  g.init(origin, frame, 0.5, 0.5);
+  std::vector<GMathVec2<double>> const samples = test_samples(1000, 9);
+  std::vector<GMathRay> plain(samples.size());
+  std::vector<double> distances(samples.size());
+  poison(plain.data(), plain.size());
+  g.get_rays(samples.data(), 1000, plain.data(), distances.data());
+  // The kept samples, decided with the generator's own arithmetic.
+  GMathVec3<double> const normal =
+      cutting_normal(frame, origin, GMathVec3<double>(0.0, 1.0, 0.0)) * 4.0;
+  std::vector<unsigned int> kept;
+  for (unsigned int i = 0; i < 1000; ++i) {
+    GMathVec2<double> const& s = samples[i];
+    GMathVec3<double> const t =
+        frame.transform_point(GMathVec3<double>(s.x - 0.5, s.y - 0.5, 0.0)) - origin;
+    if (t.x * normal.x + t.y * normal.y + t.z * normal.z > 0.0)
+      kept.push_back(i);
+  }
+  ASSERT_GT(kept.size(), 100u);
+  ASSERT_LT(kept.size(), 900u);
+  std::vector<GMathRay> rays(samples.size());
+  std::vector<double> weights(samples.size());
+  poison(rays.data(), rays.size());
+  poison(weights.data(), weights.size());
+  g.discard_clipped_samples(normal);
+  unsigned int const n = g.get_rays(samples.data(), 1000, rays.data(), weights.data());
+  ASSERT_EQ(n, kept.size());
+  for (unsigned int k = 0; k < n; ++k) {
+    EXPECT_EQ(std::memcmp(&rays[k], &plain[kept[k]], sizeof(GMathRay)), 0) << k;
+    EXPECT_EQ(weights[k], distances[kept[k]]) << k;
+  }
+  std::vector<unsigned char> const untouched(1000 * sizeof(GMathRay), k_sentinel);
+  EXPECT_EQ(std::memcmp(&rays[n], untouched.data(), (1000 - n) * sizeof(GMathRay)), 0);
+  EXPECT_EQ(std::memcmp(&weights[n], untouched.data(), (1000 - n) * sizeof(double)), 0);
+  // A zero normal rejects every sample: nothing written at all.
+  g.discard_clipped_samples(GMathVec3<double>(0.0, 0.0, 0.0));
+  poison(rays.data(), rays.size());
+  poison(weights.data(), weights.size());
+  EXPECT_EQ(g.get_rays(samples.data(), 1000, rays.data(), weights.data()), 0u);
+  EXPECT_EQ(std::memcmp(rays.data(), untouched.data(), 1000 * sizeof(GMathRay)), 0);
+  EXPECT_EQ(std::memcmp(weights.data(), untouched.data(), 1000 * sizeof(double)), 0);
+  // Back in plain mode every sample gives a ray again, whatever the normal.
+  g.disable_clipping();
+  EXPECT_EQ(g.get_rays(samples.data(), 1000, rays.data(), nullptr), 1000u);
+}
+
+TEST(ShapeRayGenerators, ClipTestIsStrict) {
+  // Identity frame, origin above the centre: the target's offset along x is
+  // u - 0.5 exactly, so the plane x = 0 holds the samples with u = 0.5.
+  PlacedShapes shapes;
+  shapes.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 1.0, 0.5, 0.5);
+  for (double scale : {1.0, 1e-3, 250.0}) {
+    shapes.discard_clipped_samples(GMathVec3<double>(scale, 0.0, 0.0));
+    double const just = std::ldexp(1.0, -40);
+    for (SampleRayGenerator const* g : shapes.all) {
+      GMathRay ray;
+      double weight = -1.0;
+      EXPECT_FALSE(g->get_ray(GMathVec2<double>(0.5, 0.5), ray, &weight)) << shapes.name(g);
+      EXPECT_EQ(weight, -1.0);
+      EXPECT_FALSE(g->get_ray(GMathVec2<double>(0.5 - just, 0.5), ray, &weight));
+      EXPECT_TRUE(g->get_ray(GMathVec2<double>(0.5 + just, 0.5), ray, &weight));
+    }
+  }
+}
+
+namespace {
+
+// Local coordinates of the target of a random sample, found from the ray
+// and its distance.
+GMathVec3<double> random_target_local(SampleRayGenerator const& g,
+                                      GMathMatrix4x4<double> const& frame, std::mt19937_64& rng) {
+  std::uniform_real_distribution<double> uniform(0.0, 1.0);
+  GMathRay ray;
+  double distance;
+  g.get_ray(GMathVec2<double>(uniform(rng), uniform(rng)), ray, &distance);
+  return to_local(frame, ray.m_origin + ray.m_direction * distance);
+}
+
+}  // namespace
+
+TEST(PlaneRayGenerator, TargetsUniformOverTheRectangleUnderAFrame) {
+  PlaneRayGenerator g;
+  GMathMatrix4x4<double> const frame = test_frame();
+  g.init(GMathVec3<double>(-2.0, 1.0, 6.0), frame, 0.5, 0.5);
+  std::mt19937_64 rng(77);
+  ChiSquareDomain const domain{0.0, 1.0, 0.0, 1.0, 51, 51};
+  ChiSquareResult const r = chi_square_test(
+      domain, 1000000,
+      [&](int, double& a, double& b) {
+        GMathVec3<double> const local = random_target_local(g, frame, rng);
+        a = local.x + 0.5;
+        b = local.y + 0.5;
+        return std::fabs(local.z) <= 1e-9;
+      },
+      [](double, double) { return 1.0; }, shape_chi_square_alpha());
+  EXPECT_TRUE(r.passed) << r.message;
+}
+
+TEST(DiskRayGenerator, TargetsUniformOverTheDiskUnderAFrame) {
+  DiskRayGenerator g;
+  GMathMatrix4x4<double> const frame = test_frame();
+  double const radius = 0.6;
+  g.init(GMathVec3<double>(-2.0, 1.0, 6.0), frame, radius, 0.5, 0.5);
+  std::mt19937_64 rng(78);
+  // Angle fraction and squared radius: the disk's area is uniform in both.
+  ChiSquareDomain const domain{0.0, 1.0, 0.0, 1.0, 51, 51};
+  ChiSquareResult const r = chi_square_test(
+      domain, 1000000,
+      [&](int, double& a, double& b) {
+        GMathVec3<double> const local = random_target_local(g, frame, rng) * (1.0 / radius);
+        double phi = std::atan2(local.y, local.x);
+        if (phi < 0.0)
+          phi += 2.0 * k_pi;
+        a = phi / (2.0 * k_pi);
+        b = local.x * local.x + local.y * local.y;
+        return std::fabs(local.z) <= 1e-9;
+      },
+      [](double, double) { return 1.0; }, shape_chi_square_alpha());
+  EXPECT_TRUE(r.passed) << r.message;
+}
+
+#ifdef SAMPLING_CHECKS
+TEST(ShapeRayGeneratorsDeathTest, CallerContractsAreChecked) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  GMathVec2<double> const sample(0.5, 0.5);
+  PlaneRayGenerator plane;
+  // The origin on the rectangle: the ray towards its own origin.
+  plane.init(GMathVec3<double>(0.0, 0.0, 0.0), GMathMatrix4x4<double>(), 0.5, 0.5);
+  GMathRay ray;
+  EXPECT_DEATH(plane.get_ray(sample, ray, nullptr), "ray origin lies on the shape");
+  plane.init(GMathVec3<double>(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 0.5, 0.5);
+  EXPECT_DEATH(plane.get_rays(&sample, 1, nullptr, nullptr), "null sample or ray array");
+  UniformSphereRayGenerator sphere;
+  sphere.init(GMathVec3<double>(0.0, 0.0, 0.0), 0.5, 0.5);
+  EXPECT_DEATH(sphere.get_rays(nullptr, 2, &ray, nullptr), "null sample or ray array");
+  GMathFrustum frustum;
+  EXPECT_DEATH(
+      sphere.get_frustum(GMathVec2<double>(0.5, 0.2), GMathVec2<double>(0.25, 0.4), frustum),
+      "not the low corner");
+}
+#endif
