@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "sampling/rays/shape_ray_family.h"
-#include "sampling/sampling.h"
+#include "sampling/warps/concentric_map.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ void DiskRayGenerator::disable_clipping() {
 // a negative radius gives -0.0 there).
 inline GMathVec3<double> DiskRayGenerator::local_point(GMathVec2<double> const& sample) const {
   double r, phi;
-  Sampling::to_unit_disk(sample.x, sample.y, r, phi);
+  concentric_map(sample.x, sample.y, r, phi);
   return GMathVec3<double>(std::cos(phi) * r * m_radius, std::sin(phi) * r * m_radius,
                            0.0 * m_radius);
 }
