@@ -174,23 +174,31 @@ void hierarchical_args(benchmark::internal::Benchmark* b) {
   }
 }
 
-void BM_HierarchicalAllSamples(benchmark::State& state) {
-  LibraryStarted library;
-  auto const mode = static_cast<HierarchicalSampler2d::Mode>(state.range(0));
-  unsigned int const n = static_cast<unsigned int>(state.range(1));
-  HierarchicalSampler2d sampler(mode);
-  sampler.init(k_seed, n, 1, 0);
-  std::vector<GMathVec2<double>> samples(n), expected(n);
+// Times get_all_samples of `sampler`, after checking its points bit for bit
+// against `expected`.
+void time_all_samples(benchmark::State& state, Sampler2d& sampler,
+                      std::vector<GMathVec2<double>> const& expected) {
+  std::vector<GMathVec2<double>> samples(expected.size());
   sampler.get_all_samples(samples.data());
-  ref_points(mode, k_seed, n, n <= 2048 ? ref_permutation(n) : std::vector<unsigned int>(),
-             expected.data());
   if (!same_points(samples, expected))
     state.SkipWithError("differs from the reference");
   for (auto _ : state) {
     sampler.get_all_samples(samples.data());
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * n);
+  state.SetItemsProcessed(state.iterations() * expected.size());
+}
+
+void BM_HierarchicalAllSamples(benchmark::State& state) {
+  LibraryStarted library;
+  auto const mode = static_cast<HierarchicalSampler2d::Mode>(state.range(0));
+  unsigned int const n = static_cast<unsigned int>(state.range(1));
+  HierarchicalSampler2d sampler(mode);
+  sampler.init(k_seed, n, 1, 0);
+  std::vector<GMathVec2<double>> expected(n);
+  ref_points(mode, k_seed, n, n <= 2048 ? ref_permutation(n) : std::vector<unsigned int>(),
+             expected.data());
+  time_all_samples(state, sampler, expected);
   state.SetLabel(mode == HierarchicalSampler2d::HAMMERSLEY && n > 2048 ? "hammersley->halton"
                                                                        : k_mode_names[mode]);
 }
@@ -226,41 +234,33 @@ BENCHMARK(BM_HierarchicalStoreBound)->Arg(256)->Arg(4096);
 
 // ---- Halton with a base chosen at run time ----------------------------------
 
+unsigned int const k_halton_count = 4096;
+
+void ref_halton(unsigned int const& base, GMathVec2<double>* out) {
+  for (unsigned int i = 0; i < k_halton_count; ++i) {
+    out[i] = GMathVec2<double>(ref_radical_inverse_2(i + k_seed),
+                               ref_radical_inverse(i + k_seed, base, 1.0 / base));
+  }
+}
+
 void BM_HaltonAllSamples(benchmark::State& state) {
-  unsigned int const base = static_cast<unsigned int>(state.range(0)), n = 4096;
+  unsigned int const base = static_cast<unsigned int>(state.range(0));
   HaltonSampler2d sampler;
-  sampler.init(k_seed, n, 1, base);
-  std::vector<GMathVec2<double>> samples(n), expected(n);
-  sampler.get_all_samples(samples.data());
-  for (unsigned int i = 0; i < n; ++i) {
-    expected[i] = GMathVec2<double>(ref_radical_inverse_2(i + k_seed),
-                                    ref_radical_inverse(i + k_seed, base, 1.0 / base));
-  }
-  if (!same_points(samples, expected))
-    state.SkipWithError("differs from the reference");
-  for (auto _ : state) {
-    sampler.get_all_samples(samples.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations() * n);
+  sampler.init(k_seed, k_halton_count, 1, base);
+  std::vector<GMathVec2<double>> expected(k_halton_count);
+  ref_halton(base, expected.data());
+  time_all_samples(state, sampler, expected);
 }
 BENCHMARK(BM_HaltonAllSamples)->Arg(3)->Arg(7)->Arg(31);
 
-// The reference with the base as a compile-time constant where it is 3, so
-// that the division by a run-time base shows.
 void BM_HaltonAllSamplesReference(benchmark::State& state) {
-  unsigned int const base = static_cast<unsigned int>(state.range(0)), n = 4096;
-  double const inv_base = 1.0 / base;
-  std::vector<GMathVec2<double>> samples(n);
+  unsigned int const base = static_cast<unsigned int>(state.range(0));
+  std::vector<GMathVec2<double>> samples(k_halton_count);
   for (auto _ : state) {
-    for (unsigned int i = 0; i < n; ++i) {
-      double const v = base == 3 ? ref_radical_inverse(i + k_seed, 3, 1.0 / 3.0)
-                                 : ref_radical_inverse(i + k_seed, base, inv_base);
-      samples[i] = GMathVec2<double>(ref_radical_inverse_2(i + k_seed), v);
-    }
+    ref_halton(base, samples.data());
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * n);
+  state.SetItemsProcessed(state.iterations() * k_halton_count);
 }
 BENCHMARK(BM_HaltonAllSamplesReference)->Arg(3)->Arg(7)->Arg(31);
 
