@@ -7,9 +7,7 @@
 namespace {
 
 // Seeds keep their low 16 bits.
-inline unsigned int reduce_seed(unsigned int const& seed) {
-  return seed & 0xFFFFu;
-}
+inline unsigned int reduce_seed(unsigned int const& seed) { return seed & 0xFFFFu; }
 
 // Smallest power of two 2^k with (count >> k) <= packet_size.
 inline unsigned int packet_columns(unsigned int const& count, unsigned int const& packet_size) {
@@ -24,9 +22,7 @@ inline unsigned int packet_columns(unsigned int const& count, unsigned int const
 
 }  // namespace
 
-void HammersleySampler2d::compute_v_offset() {
-  m_v_offset = radical_inverse_3(m_seed);
-}
+void HammersleySampler2d::compute_v_offset() { m_v_offset = radical_inverse_3(m_seed); }
 
 void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& count_x,
                                unsigned int const& count_y) {
@@ -39,8 +35,7 @@ void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& cou
   m_seed = reduce_seed(seed);
   compute_v_offset();
   m_inv_point_count = 1.0 / static_cast<double>(n);
-  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback,
-                &get_single_packet_samples_callback>();
+  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback, &get_single_packet_samples_callback>();
 }
 
 void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& count_x,
@@ -58,8 +53,7 @@ void HammersleySampler2d::init(unsigned int const& seed, unsigned int const& cou
   m_inv_point_count = 1.0 / static_cast<double>(n);
   m_seed = reduce_seed(seed);
   compute_v_offset();
-  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback,
-                &get_packet_samples_callback>();
+  set_callbacks<HammersleySampler2d, &get_sample_callback, &get_all_samples_callback, &get_packet_samples_callback>();
 }
 
 void HammersleySampler2d::init(GRandomMt& random, unsigned int const& count_x,
@@ -85,13 +79,10 @@ void HammersleySampler2d::init_sub(unsigned int const& seed, unsigned int const&
   compute_v_offset();
   m_inv_point_count = 1.0 / static_cast<double>(subset_count * count);
   Sampler2d::init(count, 1);
-  set_callbacks<HammersleySampler2d, &get_sub_sample_callback, &get_all_sub_samples_callback,
-                &get_sub_packet_samples_callback>();
+  set_callbacks<HammersleySampler2d, &get_sub_sample_callback, &get_all_sub_samples_callback, &get_sub_packet_samples_callback>();
 }
 
-void HammersleySampler2d::set_seed(unsigned int const& seed) {
-  m_seed = reduce_seed(seed);
-}
+void HammersleySampler2d::set_seed(unsigned int const& seed) { m_seed = reduce_seed(seed); }
 
 void HammersleySampler2d::get_sample_u(unsigned int const& index, double& u) const {
   u = radical_inverse_2(index + m_seed);
@@ -102,8 +93,7 @@ void HammersleySampler2d::get_sample_v(unsigned int const& index, double& v) con
 }
 
 unsigned int HammersleySampler2d::get_sub_index(unsigned int const& i) const {
-  if (m_subset_count & 1u)
-    return i * m_subset_count + m_subset_index;
+  if (m_subset_count & 1u) return i * m_subset_count + m_subset_index;
   unsigned int const n = m_subset_index * m_sample_count + i;
   return (2u * Sampling::shuffle_index(n >> 1, m_count_x >> 1)) | (n & 1u);
 }
@@ -124,11 +114,9 @@ void HammersleySampler2d::get_all_samples_callback(HammersleySampler2d& sampler,
   }
 }
 
-unsigned int HammersleySampler2d::get_single_packet_samples_callback(HammersleySampler2d& sampler,
-                                                                     unsigned int const&,
-                                                                     GMathVec2<double>* samples,
-                                                                     GMathVec2<double>& corner0,
-                                                                     GMathVec2<double>& corner1) {
+unsigned int HammersleySampler2d::get_single_packet_samples_callback(
+    HammersleySampler2d& sampler, unsigned int const&, GMathVec2<double>* samples,
+    GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
   get_all_samples_callback(sampler, samples);
   corner0 = GMathVec2<double>(0.0, 0.0);
   corner1 = GMathVec2<double>(1.0, 1.0);
@@ -144,9 +132,11 @@ unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2
   unsigned int const px = packet % columns;
   unsigned int const py = packet / columns;
   // Nearest band boundaries, halves going up; the integers wrap modulo 2^32.
-  unsigned int const start = static_cast<unsigned int>(static_cast<long long>(
-                                 static_cast<double>(py) * sampler.m_band_size + 0.5)) +
-                             px;
+  unsigned int const start =
+      static_cast<unsigned int>(static_cast<long long>(static_cast<double>(py) *
+                                                           sampler.m_band_size +
+                                                       0.5)) +
+      px;
   unsigned int const end = static_cast<unsigned int>(
       static_cast<long long>(static_cast<double>(py + 1) * sampler.m_band_size + 0.5));
   unsigned int written = 0;
@@ -175,8 +165,7 @@ void HammersleySampler2d::get_sub_sample_callback(HammersleySampler2d& sampler,
 void HammersleySampler2d::get_all_sub_samples_callback(HammersleySampler2d& sampler,
                                                        GMathVec2<double>* samples) {
   unsigned int const n = sampler.m_sample_count;
-  for (unsigned int i = 0; i < n; ++i)
-    get_sub_sample_callback(sampler, i, samples[i]);
+  for (unsigned int i = 0; i < n; ++i) get_sub_sample_callback(sampler, i, samples[i]);
 }
 
 unsigned int HammersleySampler2d::get_sub_packet_samples_callback(HammersleySampler2d& sampler,
