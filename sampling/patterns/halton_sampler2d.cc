@@ -19,15 +19,15 @@ void HaltonSampler2d::init(unsigned int const& seed, unsigned int const& count_x
   m_inv_base = 1.0 / static_cast<double>(base);
 }
 
-inline void HaltonSampler2d::get_sample_u(unsigned int const& index, double& u) const {
+void HaltonSampler2d::get_sample_u(unsigned int const& index, double& u) const {
   u = radical_inverse_2(index + m_seed);
 }
 
-inline void HaltonSampler2d::get_sample_v(unsigned int const& index, double& v) const {
+void HaltonSampler2d::get_sample_v(unsigned int const& index, double& v) const {
   v = radical_inverse_b(index + m_seed, m_base, m_inv_base);
 }
 
-inline void HaltonSampler2d::get_sample_uv(unsigned int const& index, double& u, double& v) const {
+void HaltonSampler2d::get_sample_uv(unsigned int const& index, double& u, double& v) const {
   get_sample_u(index, u);
   get_sample_v(index, v);
 }

@@ -120,47 +120,47 @@ void HierarchicalSampler2d::init(unsigned int const& seed, unsigned int const& c
   }
 }
 
-inline void HierarchicalSampler2d::get_random_sample(unsigned int const& index, double& u,
-                                                     double& v) const {
+void HierarchicalSampler2d::get_random_sample(unsigned int const& index, double& u,
+                                              double& v) const {
   unsigned int const k = table_entry(m_seed) + 2u * (m_offset + index);
   u = unit_from_u32(table_entry(k));
   v = unit_from_u32(table_entry(k + 1));
 }
 
-inline void HierarchicalSampler2d::get_hammersley_sample(unsigned int const& index, double& u,
-                                                         double& v) const {
+void HierarchicalSampler2d::get_hammersley_sample(unsigned int const& index, double& u,
+                                                  double& v) const {
   unsigned int const j = m_indices[(m_offset + index) % m_point_count];
   u = radical_inverse_2(j + m_seed);
   v = (static_cast<double>(j) + m_v_offset) * m_scale;
 }
 
-inline void HierarchicalSampler2d::get_halton_sample(unsigned int const& index, double& u,
-                                                     double& v) const {
+void HierarchicalSampler2d::get_halton_sample(unsigned int const& index, double& u,
+                                              double& v) const {
   unsigned int const n = index + m_seed;
   get_halton_sample_u(n, u);
   get_halton_sample_v(n, v);
 }
 
-inline void HierarchicalSampler2d::get_sobol_sample(unsigned int const& index, double& u,
-                                                    double& v) const {
+void HierarchicalSampler2d::get_sobol_sample(unsigned int const& index, double& u,
+                                             double& v) const {
   unsigned int const n = index + m_seed;
   get_sobol_sample_u(n, u);
   get_sobol_sample_v(n, v);
 }
 
-inline void HierarchicalSampler2d::get_halton_sample_u(unsigned int const& n, double& u) const {
+void HierarchicalSampler2d::get_halton_sample_u(unsigned int const& n, double& u) const {
   u = radical_inverse_2(n);
 }
 
-inline void HierarchicalSampler2d::get_halton_sample_v(unsigned int const& n, double& v) const {
+void HierarchicalSampler2d::get_halton_sample_v(unsigned int const& n, double& v) const {
   v = radical_inverse_b(n, 3, m_scale);
 }
 
-inline void HierarchicalSampler2d::get_sobol_sample_u(unsigned int const& n, double& u) const {
+void HierarchicalSampler2d::get_sobol_sample_u(unsigned int const& n, double& u) const {
   u = unit_from_u32(reverse_bits(n + 1) ^ m_scramble_u);
 }
 
-inline void HierarchicalSampler2d::get_sobol_sample_v(unsigned int const& n, double& v) const {
+void HierarchicalSampler2d::get_sobol_sample_v(unsigned int const& n, double& v) const {
   v = unit_from_u32(sobol_2(n + 1) ^ m_scramble_v);
 }
 
