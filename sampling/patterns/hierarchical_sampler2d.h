@@ -46,7 +46,8 @@ class SAMPLING_API HierarchicalSampler2d : public Sampler2d {
   // set_index is meant to be below set_count (a larger one continues the
   // pattern past its end). Caller guarantees: in the HAMMERSLEY mode,
   // Sampling::init has run. In that mode the first init for a given M builds
-  // the shared permutation; init is then safe to call from many threads.
+  // the shared permutation (the only allocation); many threads may run init
+  // at once, each on its own sampler, and all get the same permutation.
   void init(unsigned int const& seed, unsigned int const& count, unsigned int const& set_count,
             unsigned int const& set_index);
 
