@@ -2,6 +2,8 @@
 
 // Sampling: the library's static entry points.
 //
+//  - Start and end: create and free the process-wide state (the shared
+//    permutation table of HierarchicalSampler2d).
 //  - Warps: stateless maps from a 2D sample (u, v) in [0,1]^2 onto the unit
 //    disk, the hemisphere about +z and the unit sphere, with optional frames,
 //    plus the concentric square-to-disk map and an index permutation.
@@ -24,6 +26,22 @@
 class SAMPLING_API Sampling {
  public:
   Sampling() = delete;
+
+  // ---- Library start and end ---------------------------------------------
+  //
+  // Loading the library creates nothing. The application calls init once,
+  // before any HierarchicalSampler2d is initialised in its Hammersley mode
+  // and before other threads use the library, and destroy once after all
+  // use. Neither is synchronised.
+
+  // Creates the shared permutation table of the hierarchical sampler (empty;
+  // permutations are built on demand). Does nothing if it exists.
+  static void init();
+  // Frees every shared permutation and the table; does nothing without a
+  // table. Hierarchical samplers in the Hammersley mode must not be used
+  // afterwards. init may be called again later: permutations are rebuilt
+  // with the same contents.
+  static void destroy();
 
   // ---- Warps -------------------------------------------------------------
   //

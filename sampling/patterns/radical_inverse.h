@@ -52,3 +52,24 @@ inline double radical_inverse_3(unsigned int n) {
   }
   return result;
 }
+
+// Radical inverse in any base >= 2, given the base and its stored inverse:
+// digits from the least significant one up, one unsigned division per digit,
+// the weight shrinking by repeated multiplication with inv_base (never a
+// division). With base 3 and inv_base the double 1/3 it equals
+// radical_inverse_3 bit for bit. n = 0 gives 0.0.
+// A zero digit adds 0.0 * w = +0.0, which leaves the non-negative sum
+// unchanged, so every digit is added without a branch: the same bits, and no
+// mispredicted jump per digit.
+inline double radical_inverse_b(unsigned int n, unsigned int const& base, double const& inv_base) {
+  double result = 0.0;
+  double w = inv_base;
+  while (n != 0) {
+    unsigned int const d = n % base;
+    unsigned int const q = n / base;
+    result = static_cast<double>(d) * w + result;
+    w = w * inv_base;
+    n = q;
+  }
+  return result;
+}

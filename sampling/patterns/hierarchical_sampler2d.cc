@@ -1,0 +1,228 @@
+#include "sampling/patterns/hierarchical_sampler2d.h"
+
+#include <cstdint>
+#include <new>
+
+#include "platform/random/grandom_fast_mt.h"
+#include "sampling/checks.h"
+#include "sampling/patterns/permutation_builder.h"
+#include "sampling/patterns/radical_inverse.h"
+#include "sampling/patterns/sobol_components.h"
+#include "sampling/sampling.h"
+
+CoreAtomic64* HierarchicalSampler2d::m_table = nullptr;
+unsigned int const HierarchicalSampler2d::m_table_size = 2048;
+
+namespace {
+
+// Entry j of the platform random table, j taken modulo its size.
+inline unsigned int table_entry(unsigned int const& j) {
+  return GRandomFastMt::m_table[j % GRandomFastMt::m_table_size];
+}
+
+inline unsigned int* indices_at(std::uint64_t const& address) {
+  return reinterpret_cast<unsigned int*>(static_cast<std::uintptr_t>(address));
+}
+
+}  // namespace
+
+// ---- Shared permutation table ---------------------------------------------
+
+void HierarchicalSampler2d::init() {
+  if (m_table != nullptr)
+    return;
+  // Value-initialised: every slot starts empty. A failed allocation leaves
+  // no table, which get_indices treats as such.
+  m_table = new (std::nothrow) CoreAtomic64[m_table_size];
+}
+
+void HierarchicalSampler2d::destroy() {
+  if (m_table == nullptr)
+    return;
+  for (unsigned int slot = 0; slot < m_table_size; ++slot)
+    delete[] indices_at(m_table[slot].get());
+  delete[] m_table;
+  m_table = nullptr;
+}
+
+unsigned int* HierarchicalSampler2d::get_indices(unsigned int const& count) {
+  SAMPLING_CHECK(m_table != nullptr,
+                 "HierarchicalSampler2d::init: Hammersley mode before Sampling::init");
+  if (count == 0 || count > m_table_size || m_table == nullptr)
+    return nullptr;
+  CoreAtomic64& slot = m_table[count - 1];
+  // Acquire: a published address comes with the contents written before it.
+  std::uint64_t const found = slot.get();
+  if (found != 0)
+    return indices_at(found);
+
+  unsigned int* const indices = new (std::nothrow) unsigned int[count];
+  if (indices == nullptr)
+    return nullptr;
+  for (unsigned int k = 0; k < count; ++k)
+    indices[k] = k;
+  build_indices(indices, count);
+  // Full barrier: the contents are ordered before the address. The first
+  // thread to swap wins; a later one drops its own (identical) array.
+  std::uint64_t const address = reinterpret_cast<std::uintptr_t>(indices);
+  std::uint64_t const published = slot.compare_and_swap(0, address);
+  if (published == 0)
+    return indices;
+  delete[] indices;
+  return indices_at(published);
+}
+
+// ---- Sampler ----------------------------------------------------------------
+
+void HierarchicalSampler2d::init(unsigned int const& seed, unsigned int const& count,
+                                 unsigned int const& set_count, unsigned int const& set_index) {
+  m_set_count = set_count;
+  m_set_index = set_index;
+  m_point_count = count * set_count;
+  m_seed = seed & 0xFFFFu;
+  m_scale = k_one_third;
+  Sampler2d::init(count, 1);
+  unsigned int const set_start = count * set_index;
+  switch (m_mode) {
+    case HAMMERSLEY:
+      m_indices = get_indices(m_point_count);
+      if (m_indices != nullptr) {
+        // The v offset and the starting position use all 32 bits of the seed.
+        m_v_offset = radical_inverse_3(seed);
+        m_offset = set_start + Sampling::shuffle_index(seed, m_point_count);
+        m_scale = 1.0 / static_cast<double>(m_point_count);
+        set_callbacks<HierarchicalSampler2d, &get_sample_hammersley_callback,
+                      &get_all_samples_hammersley_callback,
+                      &get_packet_samples_hammersley_callback>();
+        return;
+      }
+      // No permutation for this size: the Halton pattern of the same set.
+      [[fallthrough]];
+    case HALTON:
+      m_seed = m_seed + set_start;
+      set_callbacks<HierarchicalSampler2d, &get_sample_halton_callback,
+                    &get_all_samples_halton_callback, &get_packet_samples_halton_callback>();
+      return;
+    case SOBOL: {
+      unsigned int const t = table_entry(seed);
+      m_scramble_u = table_entry(t);
+      m_scramble_v = table_entry(t + 1);
+      m_seed = m_seed + set_start;
+      set_callbacks<HierarchicalSampler2d, &get_sample_sobol_callback,
+                    &get_all_samples_sobol_callback, &get_packet_samples_sobol_callback>();
+      return;
+    }
+    default:
+      m_offset = set_start;
+      set_callbacks<HierarchicalSampler2d, &get_sample_random_callback,
+                    &get_all_samples_random_callback, &get_packet_samples_random_callback>();
+      return;
+  }
+}
+
+void HierarchicalSampler2d::get_random_sample(unsigned int const& index, double& u,
+                                              double& v) const {
+  unsigned int const k = table_entry(m_seed) + 2u * (m_offset + index);
+  u = unit_from_u32(table_entry(k));
+  v = unit_from_u32(table_entry(k + 1));
+}
+
+void HierarchicalSampler2d::get_hammersley_sample(unsigned int const& index, double& u,
+                                                  double& v) const {
+  unsigned int const j = m_indices[(m_offset + index) % m_point_count];
+  u = radical_inverse_2(j + m_seed);
+  v = (static_cast<double>(j) + m_v_offset) * m_scale;
+}
+
+void HierarchicalSampler2d::get_halton_sample(unsigned int const& index, double& u,
+                                              double& v) const {
+  unsigned int const n = index + m_seed;
+  get_halton_sample_u(n, u);
+  get_halton_sample_v(n, v);
+}
+
+void HierarchicalSampler2d::get_sobol_sample(unsigned int const& index, double& u,
+                                             double& v) const {
+  unsigned int const n = index + m_seed;
+  get_sobol_sample_u(n, u);
+  get_sobol_sample_v(n, v);
+}
+
+void HierarchicalSampler2d::get_halton_sample_u(unsigned int const& n, double& u) const {
+  u = radical_inverse_2(n);
+}
+
+void HierarchicalSampler2d::get_halton_sample_v(unsigned int const& n, double& v) const {
+  v = radical_inverse_b(n, 3, m_scale);
+}
+
+void HierarchicalSampler2d::get_sobol_sample_u(unsigned int const& n, double& u) const {
+  u = unit_from_u32(reverse_bits(n + 1) ^ m_scramble_u);
+}
+
+void HierarchicalSampler2d::get_sobol_sample_v(unsigned int const& n, double& v) const {
+  v = unit_from_u32(sobol_2(n + 1) ^ m_scramble_v);
+}
+
+// ---- Callbacks: each mode's triple is its point function in the shared
+// single-packet walk.
+
+void HierarchicalSampler2d::get_sample_random_callback(HierarchicalSampler2d& sampler,
+                                                       unsigned int const& index,
+                                                       GMathVec2<double>& sample) {
+  RandomCallbacks::get_sample(sampler, index, sample);
+}
+void HierarchicalSampler2d::get_all_samples_random_callback(HierarchicalSampler2d& sampler,
+                                                            GMathVec2<double>* samples) {
+  RandomCallbacks::get_all_samples(sampler, samples);
+}
+unsigned int HierarchicalSampler2d::get_packet_samples_random_callback(
+    HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+    GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
+  return RandomCallbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
+}
+
+void HierarchicalSampler2d::get_sample_hammersley_callback(HierarchicalSampler2d& sampler,
+                                                           unsigned int const& index,
+                                                           GMathVec2<double>& sample) {
+  HammersleyCallbacks::get_sample(sampler, index, sample);
+}
+void HierarchicalSampler2d::get_all_samples_hammersley_callback(HierarchicalSampler2d& sampler,
+                                                                GMathVec2<double>* samples) {
+  HammersleyCallbacks::get_all_samples(sampler, samples);
+}
+unsigned int HierarchicalSampler2d::get_packet_samples_hammersley_callback(
+    HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+    GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
+  return HammersleyCallbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
+}
+
+void HierarchicalSampler2d::get_sample_halton_callback(HierarchicalSampler2d& sampler,
+                                                       unsigned int const& index,
+                                                       GMathVec2<double>& sample) {
+  HaltonCallbacks::get_sample(sampler, index, sample);
+}
+void HierarchicalSampler2d::get_all_samples_halton_callback(HierarchicalSampler2d& sampler,
+                                                            GMathVec2<double>* samples) {
+  HaltonCallbacks::get_all_samples(sampler, samples);
+}
+unsigned int HierarchicalSampler2d::get_packet_samples_halton_callback(
+    HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+    GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
+  return HaltonCallbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
+}
+
+void HierarchicalSampler2d::get_sample_sobol_callback(HierarchicalSampler2d& sampler,
+                                                      unsigned int const& index,
+                                                      GMathVec2<double>& sample) {
+  SobolCallbacks::get_sample(sampler, index, sample);
+}
+void HierarchicalSampler2d::get_all_samples_sobol_callback(HierarchicalSampler2d& sampler,
+                                                           GMathVec2<double>* samples) {
+  SobolCallbacks::get_all_samples(sampler, samples);
+}
+unsigned int HierarchicalSampler2d::get_packet_samples_sobol_callback(
+    HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+    GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
+  return SobolCallbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
+}

@@ -1,0 +1,265 @@
+#include "sampling/patterns/hierarchical_sampler2d.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "platform/random/grandom_fast_mt.h"
+#include "sampling/patterns/halton_sampler2d.h"
+#include "sampling/patterns/radical_inverse.h"
+#include "sampling/patterns/sobol_components.h"
+#include "tests/patterns/hierarchical_access.h"
+#include "tests/support/chi_square.h"
+
+namespace {
+
+typedef HierarchicalSampler2d H;
+
+std::vector<GMathVec2<double>> all_samples(Sampler2d& sampler) {
+  std::vector<GMathVec2<double>> samples(sampler.get_sample_count());
+  sampler.get_all_samples(samples.data());
+  return samples;
+}
+
+std::vector<GMathVec2<double>> set_samples(H::Mode const& mode, unsigned int const& seed,
+                                           unsigned int const& count, unsigned int const& set_count,
+                                           unsigned int const& set_index) {
+  H sampler(mode);
+  sampler.init(seed, count, set_count, set_index);
+  return all_samples(sampler);
+}
+
+void expect_same_points(std::vector<GMathVec2<double>> const& a,
+                        std::vector<GMathVec2<double>> const& b, char const* what) {
+  ASSERT_EQ(a.size(), b.size()) << what;
+  for (size_t i = 0; i < a.size(); ++i) {
+    ASSERT_EQ(a[i].x, b[i].x) << what << ", sample " << i;
+    ASSERT_EQ(a[i].y, b[i].y) << what << ", sample " << i;
+  }
+}
+
+unsigned int table_entry(unsigned int const& j) {
+  return GRandomFastMt::m_table[j % GRandomFastMt::m_table_size];
+}
+
+}  // namespace
+
+TEST(HierarchicalSampler2d, DefaultModeIsHammersleyAndSetModeWaitsForInit) {
+  LibraryScope library;
+  H sampler;
+  EXPECT_EQ(sampler.get_mode(), H::HAMMERSLEY);
+  sampler.init(3, 16, 4, 1);
+  std::vector<GMathVec2<double>> const hammersley = all_samples(sampler);
+  sampler.set_mode(H::SOBOL);
+  EXPECT_EQ(sampler.get_mode(), H::SOBOL);
+  expect_same_points(all_samples(sampler), hammersley, "before the next init");
+  sampler.init(3, 16, 4, 1);
+  expect_same_points(all_samples(sampler), set_samples(H::SOBOL, 3, 16, 4, 1), "after init");
+}
+
+TEST(HierarchicalSampler2d, EveryModeAgreesAcrossCallbacksAndStaysInTheUnitSquare) {
+  LibraryScope library;
+  for (unsigned int mode : {0u, 1u, 2u, 3u, 7u}) {
+    for (unsigned int seed : {0u, 4242u, 4294967295u}) {
+      H sampler(static_cast<H::Mode>(mode));
+      sampler.init(seed, 37, 3, 2);
+      ASSERT_EQ(sampler.get_sample_count(), 37u);
+      ASSERT_EQ(sampler.get_packet_count(), 1u);
+      std::vector<GMathVec2<double>> const all = all_samples(sampler);
+      std::vector<GMathVec2<double>> packed(37);
+      GMathVec2<double> corner0(-1, -1), corner1(-1, -1);
+      ASSERT_EQ(sampler.get_packet_samples(9, packed.data(), corner0, corner1), 37u);
+      EXPECT_TRUE(corner0.x == 0.0 && corner0.y == 0.0 && corner1.x == 1.0 && corner1.y == 1.0);
+      expect_same_points(packed, all, "packet");
+      // The low-discrepancy modes stay below 1; the 32-bit ones may reach it.
+      double const top = (mode == H::HAMMERSLEY || mode == H::HALTON) ? 0.9999999999 : 1.0;
+      for (unsigned int i = 0; i < 37; ++i) {
+        GMathVec2<double> single;
+        sampler.get_sample(i, single);
+        ASSERT_TRUE(single.x == all[i].x && single.y == all[i].y) << "mode " << mode << " " << i;
+        ASSERT_TRUE(all[i].x >= 0.0 && all[i].x <= top && all[i].y >= 0.0 && all[i].y <= top)
+            << "mode " << mode << " seed " << seed << " sample " << i << ": " << all[i].x << ", "
+            << all[i].y;
+      }
+    }
+  }
+}
+
+// Halton mode = the Halton sampler in base 3 started at s + N * c; only the
+// seed's low 16 bits count. Hammersley mode serves the same points when no
+// permutation exists for M (M above 2048) and keeps reporting its mode.
+TEST(HierarchicalSampler2d, HaltonModeIsTheHaltonSamplerOfTheSet) {
+  LibraryScope library;
+  for (unsigned int seed : {0u, 77u, 65535u}) {
+    for (unsigned int count : {1u, 5u, 16u}) {
+      for (unsigned int set : {0u, 1u, 3u}) {
+        HaltonSampler2d halton;
+        halton.init(seed + count * set, count, 1, 3);
+        std::vector<GMathVec2<double>> const expected = all_samples(halton);
+        expect_same_points(set_samples(H::HALTON, seed, count, 4, set), expected, "Halton mode");
+        expect_same_points(set_samples(H::HALTON, seed + 65536u * 3, count, 4, set), expected,
+                           "Halton mode, seed + 3 * 65536");
+      }
+    }
+  }
+  H fallback;
+  fallback.init(1234, 64, 64, 5);
+  EXPECT_EQ(fallback.get_mode(), H::HAMMERSLEY);
+  EXPECT_EQ(HierarchicalSampler2dAccess::indices(fallback), nullptr);
+  expect_same_points(all_samples(fallback), set_samples(H::HALTON, 1234, 64, 64, 5), "M = 4096");
+}
+
+// The sets of one seed hold each point of the M-point Hammersley set
+//   u = radical_inverse_2(j + seed mod 65536), v = (j + radical_inverse_3(seed)) / M
+// exactly once, for every j; the v offset and the starting position use the
+// full 32-bit seed.
+TEST(HierarchicalSampler2d, HammersleySetsPartitionTheHammersleySet) {
+  LibraryScope library;
+  unsigned int const shapes[][2] = {{4, 4}, {3, 5}, {64, 32}, {1, 2048}, {2048, 1}, {7, 1}};
+  for (auto const& shape : shapes) {
+    unsigned int const count = shape[0], set_count = shape[1], points = count * set_count;
+    for (unsigned int seed : {0u, 12345u, 65536u + 7u, 4294967295u}) {
+      double const v_offset = radical_inverse_3(seed);
+      double const inv_points = 1.0 / static_cast<double>(points);
+      std::vector<int> hits(points, 0);
+      for (unsigned int set = 0; set < set_count; ++set) {
+        for (GMathVec2<double> const& s : set_samples(H::HAMMERSLEY, seed, count, set_count, set)) {
+          unsigned int const j = static_cast<unsigned int>(std::lround(s.y * points - v_offset));
+          ASSERT_LT(j, points) << s.y;
+          ASSERT_EQ(s.x, radical_inverse_2(j + (seed & 0xFFFFu))) << "M " << points << " j " << j;
+          ASSERT_EQ(s.y, (static_cast<double>(j) + v_offset) * inv_points) << "j " << j;
+          ++hits[j];
+        }
+      }
+      for (unsigned int j = 0; j < points; ++j) {
+        ASSERT_EQ(hits[j], 1) << "M " << points << " seed " << seed << " point " << j;
+      }
+    }
+  }
+  // A copy shares the permutation and serves the same set.
+  H sampler;
+  sampler.init(99, 8, 8, 3);
+  H copy(H::RANDOM);
+  copy = sampler;
+  EXPECT_EQ(HierarchicalSampler2dAccess::indices(copy),
+            HierarchicalSampler2dAccess::indices(sampler));
+  expect_same_points(all_samples(copy), all_samples(sampler), "copy");
+}
+
+TEST(HierarchicalSampler2d, SobolComponentsFollowTheirDirectionNumbers) {
+  unsigned int const reversed[] = {0x80000000u, 0x40000000u, 0xC0000000u, 0x20000000u, 0xA0000000u};
+  unsigned int const second[] = {0x80000000u, 0xC0000000u, 0x40000000u, 0xA0000000u, 0x20000000u};
+  for (unsigned int n = 1; n <= 5; ++n) {
+    EXPECT_EQ(reverse_bits(n), reversed[n - 1]) << "n " << n;
+    EXPECT_EQ(sobol_2(n), second[n - 1]) << "n " << n;
+  }
+  unsigned int const directions[] = {0x80000000u, 0xC0000000u, 0xA0000000u, 0xF0000000u,
+                                     0x88000000u, 0xCC000000u, 0xAA000000u, 0xFF000000u};
+  for (unsigned int k = 0; k < 8; ++k)
+    EXPECT_EQ(sobol_2(1u << k), directions[k]) << "bit " << k;
+  // reverse_bits is the integer form of the base-2 radical inverse.
+  for (unsigned int n = 0; n < 100000; ++n) {
+    unsigned int const m = n * 2654435761u;
+    ASSERT_EQ(reverse_bits(m) * 0x1p-32, radical_inverse_2(m)) << "n " << m;
+  }
+  // The sampler XORs element n + 1 with masks drawn from the full seed; the
+  // element 0, reached by wrapping, is the masks themselves.
+  for (unsigned int seed : {0u, 65536u, 77u}) {
+    unsigned int const t = table_entry(seed);
+    unsigned int const mask_u = table_entry(t), mask_v = table_entry(t + 1);
+    H sampler(H::SOBOL);
+    sampler.init(seed, 5, 1, 0);
+    std::vector<GMathVec2<double>> const s = all_samples(sampler);
+    unsigned int const first = (seed & 0xFFFFu) + 1;
+    for (unsigned int i = 0; i < 5; ++i) {
+      EXPECT_EQ(s[i].x, unit_from_u32(reverse_bits(first + i) ^ mask_u)) << "seed " << seed;
+      EXPECT_EQ(s[i].y, unit_from_u32(sobol_2(first + i) ^ mask_v)) << "seed " << seed;
+    }
+    GMathVec2<double> zero;
+    sampler.get_sample(0u - first, zero);
+    EXPECT_EQ(zero.x, unit_from_u32(mask_u));
+    EXPECT_EQ(zero.y, unit_from_u32(mask_v));
+  }
+}
+
+TEST(HierarchicalSampler2d, SobolSetsContinueOneSequenceAndFormNets) {
+  for (unsigned int seed : {0u, 31337u}) {
+    for (unsigned int count : {1u, 6u, 64u}) {
+      H whole(H::SOBOL);
+      whole.init(seed, count, 1, 0);
+      for (unsigned int set = 1; set < 4; ++set) {
+        std::vector<GMathVec2<double>> const part = set_samples(H::SOBOL, seed, count, 4, set);
+        for (unsigned int i = 0; i < count; ++i) {
+          GMathVec2<double> expected;
+          whole.get_sample(i + count * set, expected);
+          ASSERT_TRUE(part[i].x == expected.x && part[i].y == expected.y)
+              << "seed " << seed << " set " << set << " sample " << i;
+        }
+      }
+    }
+  }
+  // Seed 65535 starts at element 65536, so a set of 2^m samples is an
+  // aligned block of the sequence: every box of 2^-i by 2^(i-m) holds one
+  // sample, the XOR scramble notwithstanding.
+  for (unsigned int m = 0; m <= 10; ++m) {
+    unsigned int const count = 1u << m;
+    std::vector<GMathVec2<double>> const s = set_samples(H::SOBOL, 65535, count, 1, 0);
+    for (unsigned int i = 0; i <= m; ++i) {
+      unsigned int const cells_x = 1u << i, cells_y = count >> i;
+      std::vector<int> hits(count, 0);
+      for (GMathVec2<double> const& p : s) {
+        // Exact 1.0 (an all-ones pattern) belongs to the last box.
+        unsigned int const bx = std::min(static_cast<unsigned int>(p.x * cells_x), cells_x - 1);
+        unsigned int const by = std::min(static_cast<unsigned int>(p.y * cells_y), cells_y - 1);
+        ++hits[by * cells_x + bx];
+      }
+      for (unsigned int b = 0; b < count; ++b) {
+        ASSERT_EQ(hits[b], 1) << "2^" << m << " samples, 2^" << i << " columns, box " << b;
+      }
+    }
+  }
+}
+
+// Random mode: set c continues set 0 by count pairs, the seed's high bits do
+// not matter, any unknown mode is the random mode, and the points are
+// uniform over the square.
+TEST(HierarchicalSampler2d, RandomModeReadsDisjointRunsOfTheTable) {
+  for (unsigned int seed : {0u, 999u}) {
+    H whole(H::RANDOM);
+    whole.init(seed, 40, 1, 0);
+    std::vector<GMathVec2<double>> const first = all_samples(whole);
+    std::vector<GMathVec2<double>> const set2 = set_samples(H::RANDOM, seed, 10, 4, 2);
+    for (unsigned int i = 0; i < 10; ++i) {
+      ASSERT_TRUE(set2[i].x == first[20 + i].x && set2[i].y == first[20 + i].y) << i;
+    }
+    expect_same_points(set_samples(H::RANDOM, seed + 65536u, 40, 1, 0), first, "high seed bits");
+    expect_same_points(set_samples(static_cast<H::Mode>(7), seed, 10, 4, 2), set2, "mode 7");
+    expect_same_points(set_samples(static_cast<H::Mode>(0xFFFFFFFFu), seed, 10, 4, 2), set2,
+                       "mode 2^32 - 1");
+  }
+  std::vector<GMathVec2<double>> const points = set_samples(H::RANDOM, 12, 32768, 1, 0);
+  ChiSquareDomain const domain = {0.0, 1.0, 0.0, 1.0, 11, 13};
+  ChiSquareResult const result = chi_square_test(
+      domain, static_cast<int>(points.size()),
+      [&](int i, double& a, double& b) {
+        a = points[i].x;
+        b = points[i].y;
+        return a >= 0.0 && a <= 1.0 && b >= 0.0 && b <= 1.0;
+      },
+      [](double, double) { return 1.0; }, chi_square_alpha(1));
+  EXPECT_TRUE(result.passed) << result.message;
+}
+
+#ifdef SAMPLING_CHECKS
+TEST(HierarchicalSampler2dDeathTest, HammersleyModeBeforeLibraryInitIsACallerError) {
+  Sampling::destroy();
+  H sampler;
+  EXPECT_DEATH(sampler.init(0, 4, 4, 0), "Hammersley mode before Sampling::init");
+  // The other modes do not need the table.
+  H halton(H::HALTON);
+  halton.init(0, 4, 4, 0);
+  EXPECT_EQ(halton.get_sample_count(), 4u);
+}
+#endif
