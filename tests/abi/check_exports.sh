@@ -11,7 +11,7 @@
 set -euo pipefail
 lib="$1"
 list="$(dirname "$0")/exported_symbols.txt"
-names() { awk '{ $1 = ""; $2 = ""; sub(/^  /, ""); print }' | c++filt | grep -vE '^_(init|fini)$' |
+names() { awk '{ $1 = ""; $2 = ""; sub(/^  /, ""); print }' | c++filt | grep -vE '^(_init|_fini|__odr_asan\..*)$' |
           LC_ALL=C sort -u; }
 all_symbols=$(nm -D --defined-only "$lib" | names)
 symbols=$(nm -D --defined-only "$lib" | grep -vE ' [WVwv] ' | names)
