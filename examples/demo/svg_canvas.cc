@@ -71,6 +71,12 @@ void SvgCanvas::text(double u, double v, std::string const& text, double size,
                      color + "\" text-anchor=\"" + anchor + "\">" + escaped(text) + "</text>");
 }
 
+std::string const& SvgCanvas::palette(unsigned int i) {
+  static std::string const colors[] = {"#1f77b4", "#ff7f0e", "#2ca02c", "#d62728", "#9467bd",
+                                       "#8c564b", "#e377c2", "#17becf", "#7f7f7f", "#bcbd22"};
+  return colors[i % 10];
+}
+
 bool SvgCanvas::save(std::string const& path) const {
   std::ofstream out(path);
   if (!out)

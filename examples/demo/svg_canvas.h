@@ -24,6 +24,9 @@ class SvgCanvas {
   void text(double u, double v, std::string const& text, double size, std::string const& color,
             std::string const& anchor);
 
+  // Colour number i of the demo's palette (ten distinct colours, repeating).
+  static std::string const& palette(unsigned int i);
+
   // Writes the document; returns false (with errno set) when the file cannot
   // be written.
   bool save(std::string const& path) const;
