@@ -16,10 +16,15 @@
 
 #include "examples/demo/ao_renderer.h"
 #include "examples/demo/convergence.h"
+#include "examples/demo/frustum_pictures.h"
 #include "examples/demo/gallery.h"
 #include "examples/demo/obj_loader.h"
+#include "examples/demo/pattern_pictures.h"
 #include "examples/demo/png_writer.h"
+#include "examples/demo/ray_fan_pictures.h"
 #include "examples/demo/scene.h"
+#include "examples/demo/surface_pictures.h"
+#include "examples/demo/warp_pictures.h"
 #include "sampling/sampling.h"
 
 namespace {
@@ -229,7 +234,9 @@ int run_demo(Options const& options, char const* program) {
     std::fprintf(stderr, "%s: %s\n", program, error.c_str());
     return 1;
   }
-  if (!gallery.write_patterns() || !gallery.write_warps() || !gallery.write_index()) {
+  if (!PatternPictures::write(gallery) || !WarpPictures::write(gallery) ||
+      !RayFanPictures::write(gallery) || !SurfacePictures::write(gallery) ||
+      !FrustumPictures::write(gallery) || !gallery.write_index()) {
     std::string const failed =
         gallery.failed_path().empty() ? options.out_dir + "/index.html" : gallery.failed_path();
     std::fprintf(stderr, "%s: cannot write '%s': %s\n", program, failed.c_str(),
