@@ -242,7 +242,7 @@ bool ConvergenceStudy::write_csv(std::string const& path) const {
 
 bool ConvergenceStudy::write_plots(Gallery& gallery) const {
   // Plot area inside the canvas's unit square, leaving room for the labels.
-  double const left = 0.13, right = 0.97, bottom = 0.09, top = 0.97;
+  double const left = 0.11, right = 0.66, bottom = 0.09, top = 0.97;
   double const log_n0 = std::log10(static_cast<double>(k_min_count));
   double const log_n1 = std::log10(static_cast<double>(k_max_count));
   for (std::size_t i = 0; i < m_integrands.size(); ++i) {
@@ -301,11 +301,12 @@ bool ConvergenceStudy::write_plots(Gallery& gallery) const {
         prev_n = n;
         prev_e = e;
       }
-      double const legend_v = bottom + 0.03 + 0.045 * (m_samplers.size() - 1 - s);
-      canvas.line(left + 0.02, legend_v, left + 0.07, legend_v, SvgCanvas::palette(s), 2.0);
-      canvas.text(left + 0.08, legend_v - 0.01,
-                  std::string(m_samplers[s].name) + format("  (slope %.2f)", slope(i, s)), 11,
-                  "#333", "start");
+      // The legend, right of the plot, in the order of the table.
+      double const legend_v = top - 0.02 - 0.05 * s;
+      canvas.line(right + 0.02, legend_v, right + 0.06, legend_v, SvgCanvas::palette(s), 2.0);
+      canvas.text(right + 0.07, legend_v - 0.01, m_samplers[s].name, 11, "#333", "start");
+      canvas.text(right + 0.07, legend_v - 0.032, format("slope %.2f", slope(i, s)), 10, "#777",
+                  "start");
     }
     std::string const file = std::string("convergence_") + m_integrands[i].name + ".svg";
     if (!gallery.save(canvas, file,

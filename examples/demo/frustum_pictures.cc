@@ -14,18 +14,19 @@
 namespace {
 
 constexpr int k_size = 480;
-constexpr double k_half_extent = 1.1;
+constexpr double k_shape_extent = 1.1;
+constexpr double k_cone_extent = 1.45;
 
-// The pictures look straight down at the plane z = `height` about (0, 0).
-View3d top_view(double height) {
-  return View3d(GMathVec3<double>(0.0, 0.0, height), k_half_extent, 90.0, 90.0);
+// The pictures look straight down at the plane z = `height`, showing the
+// square of half side `extent` about (0, 0).
+View3d top_view(double height, double extent) {
+  return View3d(GMathVec3<double>(0.0, 0.0, height), extent, 90.0, 90.0);
 }
 
 // Draws the part of the line a x + b y + c = 0 of the plane z = `height`
-// that lies in the square the view shows.
+// that lies in the square of half side h about (0, 0).
 void draw_trace(View3d const& view, SvgCanvas& canvas, double a, double b, double c, double height,
-                std::string const& color) {
-  double const h = k_half_extent;
+                double h, std::string const& color) {
   std::vector<GMathVec3<double>> ends;
   if (b != 0.0) {
     for (double x : {-h, h}) {
@@ -75,7 +76,7 @@ std::vector<GMathVec2<double>> hammersley(unsigned int count) {
 // colour for its own), and the traces of the packet's frustum planes there.
 void draw_shape_packets(SampleRayGenerator const& generator, GMathVec3<double> const& origin,
                         std::vector<Packet> const& packets, SvgCanvas& canvas) {
-  View3d const view = top_view(0.0);
+  View3d const view = top_view(0.0, k_shape_extent);
   std::vector<GMathVec2<double>> const all = hammersley(256);
   std::vector<GMathRay> rays(all.size());
   std::vector<double> distances(all.size());
@@ -97,7 +98,8 @@ void draw_shape_packets(SampleRayGenerator const& generator, GMathVec3<double> c
     generator.get_frustum(packets[p].corner0, packets[p].corner1, frustum);
     for (unsigned int k = 0; k < frustum.m_plane_count; ++k) {
       GMathVec3<double> const& normal = frustum.m_plane_normal[k];
-      draw_trace(view, canvas, normal.x, normal.y, frustum.m_plane_distance[k], 0.0, color);
+      draw_trace(view, canvas, normal.x, normal.y, frustum.m_plane_distance[k], 0.0, k_shape_extent,
+                 color);
     }
   }
   view.dot(canvas, origin, 5.0, "#000");
@@ -110,13 +112,13 @@ bool write_shapes(Gallery& gallery) {
 
   PlaneRayGenerator plane;
   plane.init(origin, frame, 0.0, 0.0);
-  SvgCanvas plane_canvas(k_size, "PlaneRayGenerator frusta of two packets, top view");
+  SvgCanvas plane_canvas(k_size, "PlaneRayGenerator, frusta of two packets, top view");
   GMathVec3<double> rectangle[4];
   for (int k = 0; k < 4; ++k) {
     rectangle[k] = frame.transform_point(
         GMathVec3<double>(k == 1 || k == 2 ? 0.5 : -0.5, k >= 2 ? 0.5 : -0.5, 0.0));
   }
-  View3d const view = top_view(0.0);
+  View3d const view = top_view(0.0, k_shape_extent);
   view.polygon(plane_canvas, rectangle, 4, "#999", "none", 1.0);
   draw_shape_packets(plane, origin,
                      {{GMathVec2<double>(0.0, 0.0), GMathVec2<double>(0.5, 0.5)},
@@ -148,9 +150,9 @@ bool write_cosine(Gallery& gallery) {
   CosineWeightedHemisphereRayGenerator generator;
   GMathVec3<double> const origin(0.0, 0.0, 0.0);
   generator.init(GMathRay(origin, GMathVec3<double>(0.0, 0.0, 1.0)), 90.0, 1.0, 1.0);
-  View3d const view = top_view(1.0);
-  SvgCanvas canvas(k_size, "CosineWeightedHemisphereRayGenerator 90 degrees: packet frusta");
-  canvas.circle(0.5, 0.5, 0.5 / k_half_extent, "#999", 1.0);  // the cone's rim, tan 45 = 1
+  View3d const view = top_view(1.0, k_cone_extent);
+  SvgCanvas canvas(k_size, "Cosine generator, 90 degrees, frusta of four packets");
+  canvas.circle(0.5, 0.5, 0.5 / k_cone_extent, "#999", 1.0);  // the cone's rim, tan 45 = 1
   std::vector<GMathVec2<double>> const all = hammersley(256);
   std::vector<GMathRay> rays(all.size());
   for (unsigned int p = 0; p < 4; ++p) {
@@ -168,14 +170,15 @@ bool write_cosine(Gallery& gallery) {
     generator.get_frustum(packet.corner0, packet.corner1, frustum);
     for (unsigned int k = 0; k < frustum.m_plane_count; ++k) {
       GMathVec3<double> const& normal = frustum.m_plane_normal[k];
-      draw_trace(view, canvas, normal.x, normal.y, normal.z, 1.0, color);
+      draw_trace(view, canvas, normal.x, normal.y, normal.z, 1.0, k_cone_extent, color);
       // Corner direction: where plane k - 1 meets plane k, on the inner side
       // of the other two.
       GMathVec3<double> corner =
           cross(frustum.m_plane_normal[(k + 3) % 4], frustum.m_plane_normal[k]);
       if (corner.z < 0.0)
         corner = -corner;
-      if (corner.z > 1e-9)
+      if (corner.z > 1e-9 && std::fabs(corner.x) < k_cone_extent * corner.z &&
+          std::fabs(corner.y) < k_cone_extent * corner.z)
         view.dot(canvas, corner / corner.z, 5.0, "#000");
     }
   }

@@ -29,8 +29,7 @@ void draw_packets(Sampler2d& sampler, SvgCanvas& canvas) {
 bool write_hierarchical(Gallery& gallery, HierarchicalSampler2d::Mode mode, char const* name,
                         std::string const& what) {
   constexpr unsigned int sets = 4, count = 64;
-  SvgCanvas canvas(k_size, std::string("HierarchicalSampler2d ") + name +
-                               ": 4 sets of 64, seed 7, coloured by set");
+  SvgCanvas canvas(k_size, std::string("HierarchicalSampler2d ") + name + ", 4 sets of 64");
   HierarchicalSampler2d sampler(mode);
   std::vector<GMathVec2<double>> samples(count);
   for (unsigned int set = 0; set < sets; ++set) {
@@ -42,8 +41,9 @@ bool write_hierarchical(Gallery& gallery, HierarchicalSampler2d::Mode mode, char
       canvas.dot(samples[i].x, samples[i].y, 3.5, SvgCanvas::palette(set));
   }
   return gallery.save(canvas, std::string("pattern_hierarchical_") + name + ".svg",
-                      std::string("Hierarchical ") + name + " mode, one pattern of 256 in 4 sets " +
-                          "(colours), each one packet of the whole square: " + what);
+                      std::string("Hierarchical ") + name +
+                          " mode, seed 7: one pattern of 256 in 4 sets " +
+                          "(colours), each one packet (box): " + what);
 }
 
 }  // namespace
@@ -72,7 +72,10 @@ bool PatternPictures::write(Gallery& gallery) {
   for (unsigned int set = 0; set < 4; ++set) {
     HammersleySampler2d sub;
     sub.init_sub(0, 4, set, 64);
-    draw_packets(sub, sub_canvas);
+    std::vector<GMathVec2<double>> samples(64);
+    sub.get_all_samples(samples.data());
+    for (GMathVec2<double> const& s : samples)
+      sub_canvas.dot(s.x, s.y, 3.5, SvgCanvas::palette(set));
   }
   if (!gallery.save(sub_canvas, "pattern_hammersley_subsets.svg",
                     "Four disjoint Hammersley sub-sets of 64 (even split, one colour each) that "

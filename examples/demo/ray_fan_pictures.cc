@@ -1,5 +1,6 @@
 #include "examples/demo/ray_fan_pictures.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -64,14 +65,15 @@ bool write_cosine(Gallery& gallery, double angle, double clip_tilt, int mode,
   }
   unsigned int const kept = generator.get_rays(samples.data(), count, clipped.data(), nullptr);
 
-  View3d const view(GMathVec3<double>(0.0, 0.0, 0.45), 0.65, 90.0, 0.0);
-  SvgCanvas canvas(k_size, "CosineWeightedHemisphereRayGenerator, " +
-                               std::to_string(static_cast<int>(angle)) + " degrees, " + mode_name +
-                               " (side view x, z)");
+  View3d const view(GMathVec3<double>(0.0, 0.0, 0.4), 0.75, 90.0, 0.0);
+  SvgCanvas canvas(k_size, "Cosine generator, " + std::to_string(static_cast<int>(angle)) +
+                               " degrees, " + mode_name + " (side view x, z)");
   if (mode != 0) {
     GMathVec3<double> const along(normal.z, 0.0, -normal.x);
-    view.line(canvas, along * -1.5, along * 1.5, "#999", 1.5);
-    view.arrow(canvas, origin, normal * 0.3, "#555", 1.5);
+    // The plane's trace, kept inside the view below the origin.
+    double const below = std::min(0.9, 0.33 / std::sin(clip_tilt * k_degree));
+    view.line(canvas, along * -below, along * 0.9, "#999", 1.5);
+    view.arrow(canvas, origin, normal * 0.6, "#555", 2.0);
     for (unsigned int i = 0; i < count; ++i) {
       if (dot(plain[i].m_direction, normal) <= 0.0)
         view.line(canvas, origin, plain[i].m_direction, k_dropped_color, 1.0);
@@ -90,13 +92,16 @@ bool write_cosine(Gallery& gallery, double angle, double clip_tilt, int mode,
 }
 
 // Glossy reflection or refraction at the origin of the plane z = 0, the
-// incoming ray from the upper left, seen from the front and above.
+// incoming ray from the upper left in the x, z plane (30 degrees from the
+// normal for reflection, 45 for refraction). Reflection is seen from high
+// above, so the lobe's cross-section shows; refraction from the side.
 bool write_lobe(Gallery& gallery, bool refraction, float nu, float nv, std::string const& file,
                 std::string const& title, std::string const& caption) {
   std::vector<GMathVec2<double>> const samples = fan_samples(160);
   unsigned int const count = static_cast<unsigned int>(samples.size());
   GMathVec3<double> const origin(0.0, 0.0, 0.0), up(0.0, 0.0, 1.0);
-  GMathVec3<double> const incoming = normalized(GMathVec3<double>(1.0, 0.0, -1.0));
+  GMathVec3<double> const incoming =
+      normalized(GMathVec3<double>(refraction ? 1.0 : 0.5, 0.0, refraction ? -1.0 : -0.866));
   GMathRay const ray(origin - incoming * 1.2, incoming);
   GMathMatrix3x3<double> const shading;  // T = x, B = y, N = z
   GeometryDifferential const differential;
@@ -113,15 +118,27 @@ bool write_lobe(Gallery& gallery, bool refraction, float nu, float nv, std::stri
                    0.0f, 0.0f);
     n = generator.get_rays(samples.data(), count, rays.data(), nullptr);
   }
-  View3d const view(GMathVec3<double>(0.0, 0.0, refraction ? -0.2 : 0.3), 1.3, 70.0, 30.0);
+  View3d const view(GMathVec3<double>(0.0, 0.0, refraction ? -0.2 : 0.3), 1.3, 90.0,
+                    refraction ? 20.0 : 65.0);
   SvgCanvas canvas(k_size, title);
   draw_surface(view, canvas);
   view.arrow(canvas, ray.m_origin, origin, "#000", 2.0);
   view.arrow(canvas, origin, up * 0.5, "#555", 1.5);
-  for (unsigned int i = 0; i < n; ++i)
+  unsigned int wrong_side = 0;
+  for (unsigned int i = 0; i < n; ++i) {
     view.line(canvas, origin, rays[i].m_direction * 1.1, k_ray_color, 1.0);
+    view.dot(canvas, rays[i].m_direction * 1.1, 2.0, SvgCanvas::palette(1));
+    wrong_side += (rays[i].m_direction.z > 0.0) == refraction;
+  }
   view.dot(canvas, origin, 4.0, "#000");
-  return gallery.save(canvas, file, caption);
+  // The generators reject no sample: one whose normal and half-turned
+  // normal both fail keeps a ray on the wrong side of the surface.
+  std::string const note = wrong_side == 0
+                               ? ""
+                               : " " + std::to_string(wrong_side) + " of " + std::to_string(n) +
+                                     " rays whose normal and half-turned normal both "
+                                     "fail leave by the wrong side.";
+  return gallery.save(canvas, file, caption + note);
 }
 
 bool write_sphere(Gallery& gallery) {
@@ -152,7 +169,7 @@ bool write_sphere(Gallery& gallery) {
 
 // The three shape generators under one rotated frame, targets drawn at the
 // end of each ray (ray length = its weight, the distance).
-GMathVec3<double> const k_shape_origin(0.2, -0.9, 1.4);
+GMathVec3<double> const k_shape_origin(-1.0, -1.1, 1.1);
 GMathMatrix4x4<double> shape_frame() {
   return View3d::frame(1.6, 1.0, 1.0, 35.0, 25.0, GMathVec3<double>(0.0, 0.0, 0.0));
 }
@@ -177,7 +194,7 @@ bool write_shapes(Gallery& gallery) {
 
   LineRayGenerator line;
   line.init(k_shape_origin, frame, 0.0);
-  SvgCanvas line_canvas(k_size, "LineRayGenerator under a rotated, scaled frame");
+  SvgCanvas line_canvas(k_size, "LineRayGenerator, rotated and scaled frame");
   view.line(line_canvas, frame.transform_point(GMathVec3<double>(-0.5, 0.0, 0.0)),
             frame.transform_point(GMathVec3<double>(0.5, 0.0, 0.0)), "#555", 2.0);
   draw_shape_rays(view, line_canvas, line, fan_samples(24));
@@ -188,7 +205,7 @@ bool write_shapes(Gallery& gallery) {
 
   PlaneRayGenerator plane;
   plane.init(k_shape_origin, frame, 0.0, 0.0);
-  SvgCanvas plane_canvas(k_size, "PlaneRayGenerator under a rotated, scaled frame");
+  SvgCanvas plane_canvas(k_size, "PlaneRayGenerator, rotated and scaled frame");
   GMathVec3<double> rectangle[4];
   for (int k = 0; k < 4; ++k) {
     rectangle[k] = frame.transform_point(
@@ -203,7 +220,7 @@ bool write_shapes(Gallery& gallery) {
 
   DiskRayGenerator disk;
   disk.init(k_shape_origin, frame, 0.5, 0.0, 0.0);
-  SvgCanvas disk_canvas(k_size, "DiskRayGenerator under a rotated, scaled frame");
+  SvgCanvas disk_canvas(k_size, "DiskRayGenerator, rotated and scaled frame");
   std::vector<GMathVec3<double>> rim(64);
   for (unsigned int k = 0; k < rim.size(); ++k) {
     double const a = 2.0 * 3.14159265358979323846 * k / rim.size();
@@ -229,15 +246,15 @@ bool RayFanPictures::write(Gallery& gallery) {
                       "Full hemisphere, clip normal tilted 35 degrees: project flattens the rays "
                       "below its plane onto it (red; light grey where they were)") &&
          write_lobe(gallery, false, 40.0f, 40.0f, "rays_reflection_isotropic.svg",
-                    "AnisotropicReflectionRayGenerator, nu = nv = 40",
-                    "Glossy reflection, isotropic exponents nu = nv = 40: a round lobe about the "
-                    "mirror direction (black: the incoming ray).") &&
-         write_lobe(gallery, false, 4.0f, 400.0f, "rays_reflection_anisotropic.svg",
-                    "AnisotropicReflectionRayGenerator, nu = 4, nv = 400",
-                    "Glossy reflection, nu = 4 along x and nv = 400 along y: the lobe spreads "
-                    "along x and stays thin along y.") &&
+                    "Reflection generator, nu = nv = 40, from above",
+                    "Glossy reflection, isotropic exponents nu = nv = 40, seen from above: a round "
+                    "lobe about the mirror direction (black: the incoming ray).") &&
+         write_lobe(gallery, false, 4.0f, 1000.0f, "rays_reflection_anisotropic.svg",
+                    "Reflection generator, nu = 4, nv = 1000, from above",
+                    "Glossy reflection, nu = 4 along x and nv = 1000 along y: the lobe spreads in "
+                    "the plane of incidence (x) and stays thin across it (y).") &&
          write_lobe(gallery, true, 100.0f, 100.0f, "rays_refraction.svg",
-                    "AnisotropicRefractionRayGenerator, eta = 1/1.5, nu = nv = 100",
+                    "Refraction generator, eta = 1/1.5, nu = nv = 100",
                     "Glossy refraction into glass (eta = 1/1.5, nu = nv = 100): rays bend towards "
                     "the normal below the surface.") &&
          write_sphere(gallery) && write_shapes(gallery);

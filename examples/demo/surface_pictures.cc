@@ -62,10 +62,9 @@ bool SurfacePictures::write(Gallery& gallery) {
                                            positions, normals, tangents, spacing, 0xFFFFFFFFu);
     }
     std::string const placed = std::to_string(positions.count());
-    SvgCanvas canvas(k_size, std::string(blue ? "Sampling::surface_blue_noise_count"
-                                              : "Sampling::surface_random_noise_count") +
-                                 ", " + placed + " of " + std::to_string(k_points) +
-                                 " points, from above");
+    SvgCanvas canvas(k_size,
+                     std::string(blue ? "surface_blue_noise_count" : "surface_random_noise_count") +
+                         ", " + placed + " of " + std::to_string(k_points) + " points");
     draw_grid(canvas);
     for (std::size_t i = 0; i < positions.count(); ++i)
       canvas.dot(positions[i].x, positions[i].y, 2.5, SvgCanvas::palette(blue ? 0 : 3));

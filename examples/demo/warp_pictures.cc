@@ -74,7 +74,7 @@ bool WarpPictures::write(Gallery& gallery) {
       {"warp_hemisphere_uniform_concentric.svg",
        "Sampling::hemisphere_uniform_concentric (top view)",
        "hemisphere_uniform_concentric seen from above: polar angle from the concentric radius, "
-       "no rings.",
+       "so no rings, but crowded at the rim like hemisphere_uniform.",
        uniform_concentric, false},
       {"warp_sphere_uniform.svg", "Sampling::sphere_uniform (side view x, z)",
        "sphere_uniform seen from the side (x, z): uniform per solid angle; front half dark, back "
