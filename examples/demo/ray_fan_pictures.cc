@@ -49,6 +49,7 @@ bool write_cosine(Gallery& gallery, double angle, double clip_tilt, int mode,
   std::vector<GMathVec2<double>> const samples = fan_samples(96);
   unsigned int const count = static_cast<unsigned int>(samples.size());
   GMathVec3<double> const origin(0.0, 0.0, 0.0);
+  double const k_length = 0.8;  // drawn length of a ray
   GMathVec3<double> const normal(-std::sin(clip_tilt * k_degree), 0.0,
                                  std::cos(clip_tilt * k_degree));
   CosineWeightedHemisphereRayGenerator generator;
@@ -65,24 +66,24 @@ bool write_cosine(Gallery& gallery, double angle, double clip_tilt, int mode,
   }
   unsigned int const kept = generator.get_rays(samples.data(), count, clipped.data(), nullptr);
 
-  View3d const view(GMathVec3<double>(0.0, 0.0, 0.4), 0.75, 90.0, 0.0);
+  View3d const view(GMathVec3<double>(0.0, 0.0, 0.35), 0.85, 90.0, 0.0);
   SvgCanvas canvas(k_size, "Cosine generator, " + std::to_string(static_cast<int>(angle)) +
                                " degrees, " + mode_name + " (side view x, z)");
   if (mode != 0) {
     GMathVec3<double> const along(normal.z, 0.0, -normal.x);
     // The plane's trace, kept inside the view below the origin.
-    double const below = std::min(0.9, 0.33 / std::sin(clip_tilt * k_degree));
+    double const below = std::min(0.9, 0.45 / std::sin(clip_tilt * k_degree));
     view.line(canvas, along * -below, along * 0.9, "#999", 1.5);
     view.arrow(canvas, origin, normal * 0.6, "#555", 2.0);
     for (unsigned int i = 0; i < count; ++i) {
       if (dot(plain[i].m_direction, normal) <= 0.0)
-        view.line(canvas, origin, plain[i].m_direction, k_dropped_color, 1.0);
+        view.line(canvas, origin, plain[i].m_direction * k_length, k_dropped_color, 1.0);
     }
   }
   for (unsigned int i = 0; i < kept; ++i) {
     bool const projected = mode == 2 && dot(plain[i].m_direction, normal) < 0.0;
-    view.line(canvas, origin, clipped[i].m_direction, projected ? k_clipped_color : k_ray_color,
-              1.0);
+    view.line(canvas, origin, clipped[i].m_direction * k_length,
+              projected ? k_clipped_color : k_ray_color, 1.0);
   }
   view.arrow(canvas, origin, GMathVec3<double>(0.0, 0.0, 1.1), "#000", 1.5);
   view.dot(canvas, origin, 4.0, "#000");
