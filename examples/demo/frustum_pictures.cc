@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "examples/demo/gallery.h"
+#include "examples/demo/pattern_pictures.h"
 #include "examples/demo/scene.h"
 #include "examples/demo/svg_canvas.h"
 #include "examples/demo/view3d.h"
@@ -64,20 +65,12 @@ std::vector<GMathVec2<double>> packet_samples(std::vector<GMathVec2<double>> con
   return inside;
 }
 
-std::vector<GMathVec2<double>> hammersley(unsigned int count) {
-  HammersleySampler2d sampler;
-  sampler.init(0, count, 1);
-  std::vector<GMathVec2<double>> samples(count);
-  sampler.get_all_samples(samples.data());
-  return samples;
-}
-
 // Targets on the shape's plane z = 0 (grey for every sample, the packet's
 // colour for its own), and the traces of the packet's frustum planes there.
 void draw_shape_packets(SampleRayGenerator const& generator, GMathVec3<double> const& origin,
                         std::vector<Packet> const& packets, SvgCanvas& canvas) {
   View3d const view = top_view(0.0, k_shape_extent);
-  std::vector<GMathVec2<double>> const all = hammersley(256);
+  std::vector<GMathVec2<double>> const all = PatternPictures::hammersley(256);
   std::vector<GMathRay> rays(all.size());
   std::vector<double> distances(all.size());
   unsigned int n = generator.get_rays(all.data(), static_cast<unsigned int>(all.size()),
@@ -113,13 +106,8 @@ bool write_shapes(Gallery& gallery) {
   PlaneRayGenerator plane;
   plane.init(origin, frame, 0.0, 0.0);
   SvgCanvas plane_canvas(k_size, "PlaneRayGenerator, frusta of two packets, top view");
-  GMathVec3<double> rectangle[4];
-  for (int k = 0; k < 4; ++k) {
-    rectangle[k] = frame.transform_point(
-        GMathVec3<double>(k == 1 || k == 2 ? 0.5 : -0.5, k >= 2 ? 0.5 : -0.5, 0.0));
-  }
   View3d const view = top_view(0.0, k_shape_extent);
-  view.polygon(plane_canvas, rectangle, 4, "#999", "none", 1.0);
+  view.rectangle(plane_canvas, frame, "#999", "none", 1.0);
   draw_shape_packets(plane, origin,
                      {{GMathVec2<double>(0.0, 0.0), GMathVec2<double>(0.5, 0.5)},
                       {GMathVec2<double>(0.5, 0.5), GMathVec2<double>(0.75, 1.0)}},
@@ -153,7 +141,7 @@ bool write_cosine(Gallery& gallery) {
   View3d const view = top_view(1.0, k_cone_extent);
   SvgCanvas canvas(k_size, "Cosine generator, 90 degrees, frusta of four packets");
   canvas.circle(0.5, 0.5, 0.5 / k_cone_extent, "#999", 1.0);  // the cone's rim, tan 45 = 1
-  std::vector<GMathVec2<double>> const all = hammersley(256);
+  std::vector<GMathVec2<double>> const all = PatternPictures::hammersley(256);
   std::vector<GMathRay> rays(all.size());
   for (unsigned int p = 0; p < 4; ++p) {
     std::string const& color = SvgCanvas::palette(p);

@@ -48,6 +48,14 @@ bool write_hierarchical(Gallery& gallery, HierarchicalSampler2d::Mode mode, char
 
 }  // namespace
 
+std::vector<GMathVec2<double>> PatternPictures::hammersley(unsigned int count) {
+  HammersleySampler2d sampler;
+  sampler.init(0, count, 1);
+  std::vector<GMathVec2<double>> samples(count);
+  sampler.get_all_samples(samples.data());
+  return samples;
+}
+
 bool PatternPictures::write(Gallery& gallery) {
   GRandomMt random(1);
   StratifiedSampler2d stratified;

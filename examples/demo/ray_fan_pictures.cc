@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "examples/demo/gallery.h"
+#include "examples/demo/pattern_pictures.h"
 #include "examples/demo/scene.h"
 #include "examples/demo/svg_canvas.h"
 #include "examples/demo/view3d.h"
@@ -22,15 +23,6 @@ std::string const k_ray_color = SvgCanvas::palette(0);
 std::string const k_clipped_color = SvgCanvas::palette(3);
 std::string const k_dropped_color = "#ccc";
 
-// The fan's input: a Hammersley set of `count` points.
-std::vector<GMathVec2<double>> fan_samples(unsigned int count) {
-  HammersleySampler2d sampler;
-  sampler.init(0, count, 1);
-  std::vector<GMathVec2<double>> samples(count);
-  sampler.get_all_samples(samples.data());
-  return samples;
-}
-
 // A square of side 2 about the origin in the plane z = 0, the surface of the
 // lobe pictures.
 void draw_surface(View3d const& view, SvgCanvas& canvas) {
@@ -46,7 +38,7 @@ void draw_surface(View3d const& view, SvgCanvas& canvas) {
 // light grey; projected rays red.
 bool write_cosine(Gallery& gallery, double angle, double clip_tilt, int mode,
                   std::string const& file, std::string const& caption) {
-  std::vector<GMathVec2<double>> const samples = fan_samples(96);
+  std::vector<GMathVec2<double>> const samples = PatternPictures::hammersley(96);
   unsigned int const count = static_cast<unsigned int>(samples.size());
   GMathVec3<double> const origin(0.0, 0.0, 0.0);
   double const k_length = 0.8;  // drawn length of a ray
@@ -98,7 +90,7 @@ bool write_cosine(Gallery& gallery, double angle, double clip_tilt, int mode,
 // above, so the lobe's cross-section shows; refraction from the side.
 bool write_lobe(Gallery& gallery, bool refraction, float nu, float nv, std::string const& file,
                 std::string const& title, std::string const& caption) {
-  std::vector<GMathVec2<double>> const samples = fan_samples(160);
+  std::vector<GMathVec2<double>> const samples = PatternPictures::hammersley(160);
   unsigned int const count = static_cast<unsigned int>(samples.size());
   GMathVec3<double> const origin(0.0, 0.0, 0.0), up(0.0, 0.0, 1.0);
   GMathVec3<double> const incoming =
@@ -143,7 +135,7 @@ bool write_lobe(Gallery& gallery, bool refraction, float nu, float nv, std::stri
 }
 
 bool write_sphere(Gallery& gallery) {
-  std::vector<GMathVec2<double>> const samples = fan_samples(256);
+  std::vector<GMathVec2<double>> const samples = PatternPictures::hammersley(256);
   unsigned int const count = static_cast<unsigned int>(samples.size());
   GMathVec3<double> const centre(0.0, 0.0, 0.0);
   UniformSphereRayGenerator generator;
@@ -198,7 +190,7 @@ bool write_shapes(Gallery& gallery) {
   SvgCanvas line_canvas(k_size, "LineRayGenerator, rotated and scaled frame");
   view.line(line_canvas, frame.transform_point(GMathVec3<double>(-0.5, 0.0, 0.0)),
             frame.transform_point(GMathVec3<double>(0.5, 0.0, 0.0)), "#555", 2.0);
-  draw_shape_rays(view, line_canvas, line, fan_samples(24));
+  draw_shape_rays(view, line_canvas, line, PatternPictures::hammersley(24));
   if (!gallery.save(line_canvas, "rays_line.svg",
                     "LineRayGenerator: rays from the origin (black) to uniform points of a "
                     "rotated segment; each ray's weight is its length."))
@@ -207,13 +199,8 @@ bool write_shapes(Gallery& gallery) {
   PlaneRayGenerator plane;
   plane.init(k_shape_origin, frame, 0.0, 0.0);
   SvgCanvas plane_canvas(k_size, "PlaneRayGenerator, rotated and scaled frame");
-  GMathVec3<double> rectangle[4];
-  for (int k = 0; k < 4; ++k) {
-    rectangle[k] = frame.transform_point(
-        GMathVec3<double>(k == 1 || k == 2 ? 0.5 : -0.5, k >= 2 ? 0.5 : -0.5, 0.0));
-  }
-  view.polygon(plane_canvas, rectangle, 4, "#555", "#f0f0f0", 1.5);
-  draw_shape_rays(view, plane_canvas, plane, fan_samples(64));
+  view.rectangle(plane_canvas, frame, "#555", "#f0f0f0", 1.5);
+  draw_shape_rays(view, plane_canvas, plane, PatternPictures::hammersley(64));
   if (!gallery.save(plane_canvas, "rays_plane.svg",
                     "PlaneRayGenerator: rays from the origin to uniform points of a rotated "
                     "rectangle (1.6 x 1)."))
@@ -229,7 +216,7 @@ bool write_shapes(Gallery& gallery) {
   }
   view.polygon(disk_canvas, rim.data(), static_cast<unsigned int>(rim.size()), "#555", "#f0f0f0",
                1.5);
-  draw_shape_rays(view, disk_canvas, disk, fan_samples(64));
+  draw_shape_rays(view, disk_canvas, disk, PatternPictures::hammersley(64));
   return gallery.save(disk_canvas, "rays_disk.svg",
                       "DiskRayGenerator: rays from the origin to uniform points of a disk of "
                       "radius 0.5 under the same frame (an ellipse: the frame stretches x).");

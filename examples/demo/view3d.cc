@@ -64,6 +64,16 @@ void View3d::polygon(SvgCanvas& canvas, GMathVec3<double> const* points, unsigne
   canvas.polygon(uv, stroke, fill, width);
 }
 
+void View3d::rectangle(SvgCanvas& canvas, GMathMatrix4x4<double> const& frame,
+                       std::string const& stroke, std::string const& fill, double width) const {
+  GMathVec3<double> corners[4];
+  for (int k = 0; k < 4; ++k) {
+    corners[k] = frame.transform_point(
+        GMathVec3<double>(k == 1 || k == 2 ? 0.5 : -0.5, k >= 2 ? 0.5 : -0.5, 0.0));
+  }
+  polygon(canvas, corners, 4, stroke, fill, width);
+}
+
 GMathMatrix4x4<double> View3d::frame(double sx, double sy, double sz, double tilt, double turn,
                                      GMathVec3<double> const& position) {
   double const ct = std::cos(tilt * k_degree), st = std::sin(tilt * k_degree);

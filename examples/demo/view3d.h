@@ -28,6 +28,11 @@ class View3d {
   void polygon(SvgCanvas& canvas, GMathVec3<double> const* points, unsigned int count,
                std::string const& stroke, std::string const& fill, double width) const;
 
+  // The frame's image of the square [-0.5, 0.5]^2 of the plane z = 0 (the
+  // plane generator's rectangle), outlined and filled.
+  void rectangle(SvgCanvas& canvas, GMathMatrix4x4<double> const& frame, std::string const& stroke,
+                 std::string const& fill, double width) const;
+
   // The frame that places a shape: scale by (sx, sy, sz), turn by `tilt`
   // degrees about x, then by `turn` degrees about z, then move to `position`.
   static GMathMatrix4x4<double> frame(double sx, double sy, double sz, double tilt, double turn,

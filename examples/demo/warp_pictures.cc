@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "examples/demo/gallery.h"
+#include "examples/demo/pattern_pictures.h"
 #include "examples/demo/svg_canvas.h"
 #include "platform/core/core_array.h"
 #include "sampling/samplers.h"
@@ -48,10 +49,7 @@ struct WarpPicture {
 }  // namespace
 
 bool WarpPictures::write(Gallery& gallery) {
-  HammersleySampler2d sampler;
-  sampler.init(0, 32, 32);
-  std::vector<GMathVec2<double>> inputs(sampler.get_sample_count());
-  sampler.get_all_samples(inputs.data());
+  std::vector<GMathVec2<double>> const inputs = PatternPictures::hammersley(1024);
 
   WarpPicture const pictures[] = {
       {"warp_disk_concentric.svg", "Sampling::disk_concentric",
