@@ -191,7 +191,10 @@ bool render_ao(Options const& options, Scene const& scene, double max_distance, 
   gallery.add("ao.png", "Ambient occlusion traced by Embree: " + std::to_string(settings.width) +
                             "x" + std::to_string(settings.height) + ", " +
                             std::to_string(settings.samples_per_pixel) +
-                            " pixel samples, cosine occlusion rays clipped at the true surface.");
+                            " camera samples per pixel and " +
+                            std::to_string(settings.occlusion_count) +
+                            " occlusion samples per hit from hierarchical sets, occlusion rays "
+                            "from the cosine generator, discarded below the true surface.");
   return true;
 }
 

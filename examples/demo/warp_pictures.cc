@@ -68,11 +68,13 @@ bool WarpPictures::write(Gallery& gallery) {
        "pole.",
        cosine, false},
       {"warp_hemisphere_uniform.svg", "Sampling::hemisphere_uniform (top view)",
-       "hemisphere_uniform seen from above: polar angle linear in u, rings of v.", uniform, false},
+       "hemisphere_uniform seen from above: polar angle linear in u, so points crowd at "
+       "the pole.",
+       uniform, false},
       {"warp_hemisphere_uniform_concentric.svg",
        "Sampling::hemisphere_uniform_concentric (top view)",
-       "hemisphere_uniform_concentric seen from above: polar angle from the concentric radius, "
-       "so no rings, but crowded at the rim like hemisphere_uniform.",
+       "hemisphere_uniform_concentric seen from above: polar angle proportional to the "
+       "concentric radius, so no cluster at the pole; points crowd towards the rim.",
        uniform_concentric, false},
       {"warp_sphere_uniform.svg", "Sampling::sphere_uniform (side view x, z)",
        "sphere_uniform seen from the side (x, z): uniform per solid angle; front half dark, back "
