@@ -24,6 +24,8 @@
 // One object per thread.
 class PixelSampleSets {
  public:
+  // Stores the settings and builds the shared permutations of both pattern
+  // sizes; call it (after Sampling::init) before the render threads start.
   void init(unsigned int seed, unsigned int samples_per_pixel, unsigned int occlusion_count);
 
   // Writes the samples_per_pixel camera samples of `pixel` into samples[].

@@ -34,12 +34,16 @@ void build_terrain(GeometryMesh& mesh) {
   }
 }
 
-void draw_grid(SvgCanvas& canvas) {
+// The patch's grid lines and the points (x, y) over them.
+void draw_points(SvgCanvas& canvas, CoreArray<GMathVec3<double>> const& positions,
+                 std::string const& color) {
   for (unsigned int k = 0; k <= k_cells; ++k) {
     double const t = static_cast<double>(k) / k_cells;
     canvas.line(t, 0.0, t, 1.0, "#e4e4e4", 1.0);
     canvas.line(0.0, t, 1.0, t, "#e4e4e4", 1.0);
   }
+  for (std::size_t i = 0; i < positions.count(); ++i)
+    canvas.dot(positions[i].x, positions[i].y, 2.5, color);
 }
 
 }  // namespace
@@ -53,29 +57,28 @@ bool SurfacePictures::write(Gallery& gallery) {
   CoreArray<GMathVec3<double>> positions, normals, tangents;
   double spacing = 0.0;
 
-  for (int blue = 0; blue < 2; ++blue) {
-    if (blue) {
-      Sampling::surface_blue_noise_count(context, mesh, identity, k_points, descriptors, positions,
-                                         normals, tangents, spacing, 0xFFFFFFFFu);
-    } else {
-      Sampling::surface_random_noise_count(context, mesh, identity, k_points, descriptors,
-                                           positions, normals, tangents, spacing, 0xFFFFFFFFu);
-    }
-    std::string const placed = std::to_string(positions.count());
-    SvgCanvas canvas(k_size,
-                     std::string(blue ? "surface_blue_noise_count" : "surface_random_noise_count") +
-                         ", " + placed + " of " + std::to_string(k_points) + " points");
-    draw_grid(canvas);
-    for (std::size_t i = 0; i < positions.count(); ++i)
-      canvas.dot(positions[i].x, positions[i].y, 2.5, SvgCanvas::palette(blue ? 0 : 3));
-    std::string const caption =
-        blue ? "Blue noise on the same patch: " + placed + " of " + std::to_string(k_points) +
-                   " darts kept, none closer than the spacing, so no clumps and no holes."
-             : "White noise: " + placed +
-                   " points uniform per unit area of a 12x12-quad terrain patch (seen from "
-                   "above): clumps and holes.";
-    if (!gallery.save(canvas, blue ? "surface_blue_noise.svg" : "surface_white_noise.svg", caption))
-      return false;
-  }
-  return true;
+  // Blue noise first: it may place fewer than requested, and white noise
+  // then gets exactly as many points, so the two pictures compare like with
+  // like.
+  Sampling::surface_blue_noise_count(context, mesh, identity, k_points, descriptors, positions,
+                                     normals, tangents, spacing, 0xFFFFFFFFu);
+  unsigned int const placed = static_cast<unsigned int>(positions.count());
+  SvgCanvas blue(k_size, "surface_blue_noise_count, " + std::to_string(placed) + " of " +
+                             std::to_string(k_points) + " points");
+  draw_points(blue, positions, SvgCanvas::palette(0));
+  if (!gallery.save(blue, "surface_blue_noise.svg",
+                    "Blue noise on a 12x12-quad terrain patch seen from above: " +
+                        std::to_string(placed) + " of " + std::to_string(k_points) +
+                        " darts kept, none closer than the spacing: no clumps, no holes."))
+    return false;
+
+  Sampling::surface_random_noise_count(context, mesh, identity, placed, descriptors, positions,
+                                       normals, tangents, spacing, 0xFFFFFFFFu);
+  SvgCanvas white(k_size,
+                  "surface_random_noise_count, " + std::to_string(positions.count()) + " points");
+  draw_points(white, positions, SvgCanvas::palette(3));
+  return gallery.save(white, "surface_white_noise.svg",
+                      "White noise on the same patch, as many points (" +
+                          std::to_string(positions.count()) +
+                          "), uniform per unit area: clumps and holes.");
 }
