@@ -51,16 +51,50 @@ bool fill_hammersley(unsigned int count, unsigned int trial, GMathVec2<double>* 
   return true;
 }
 
-// One of `sets` disjoint sub-sets of a Hammersley set of sets x count points.
-// An odd split takes every sets-th point, which keeps each set spread over
-// the square; an even split hands out neighbouring pairs in the shuffled
-// order, so one set alone covers only part of the u range and is a biased
-// estimate: its sets are meant to be used together (as the pixel's hits do).
-template <unsigned int sets>
+// Set `trial mod 3` of a Hammersley set of 3N points split into three: an odd
+// split takes every third point, which keeps each set spread over the
+// square. (An even split would hand out neighbouring pairs of the shuffled
+// order, so one of its sets alone covers only part of the u range and is a
+// biased estimate that never converges: its sets are meant to be used
+// together, as the hits of a pixel use them.)
 bool fill_hammersley_subset(unsigned int count, unsigned int trial, GMathVec2<double>* samples) {
+  constexpr unsigned int sets = 3;
   HammersleySampler2d sampler;
   sampler.init_sub(trial_seed(trial), sets, trial % sets, count);
   sampler.get_all_samples(samples);
+  return true;
+}
+
+// N consecutive points of the Halton sequence in bases 2 and 3, starting at
+// the trial's element: any run of consecutive elements is as well spread.
+bool fill_halton(unsigned int count, unsigned int trial, GMathVec2<double>* samples) {
+  HaltonSampler2d sampler;
+  sampler.init(trial_seed(trial), count, 1, 3);
+  sampler.get_all_samples(samples);
+  return true;
+}
+
+// A hierarchical pattern of N points made of its four sets of N/4, each
+// written after the previous one: the way the hits of one pixel share a
+// pattern in the render. The sets never repeat a point, so together they are
+// the whole pattern. (One set alone is a short run of consecutive points in
+// the random, Halton and Sobol modes, but in the Hammersley mode it is a
+// walk of far jumps that favours the corners and edges of the square: a
+// biased estimate on its own, like an even Hammersley sub-set.) The
+// Hammersley mode serves patterns of up to 2048 points and would fall back to
+// its Halton pattern above, so its row stops at N = 2048.
+constexpr unsigned int k_hierarchical_sets = 4;
+constexpr unsigned int k_hammersley_pattern_limit = 2048;
+template <HierarchicalSampler2d::Mode mode>
+bool fill_hierarchical(unsigned int count, unsigned int trial, GMathVec2<double>* samples) {
+  if (mode == HierarchicalSampler2d::HAMMERSLEY && count > k_hammersley_pattern_limit)
+    return false;
+  unsigned int const set_size = count / k_hierarchical_sets;
+  HierarchicalSampler2d sampler(mode);
+  for (unsigned int set = 0; set < k_hierarchical_sets; ++set) {
+    sampler.init(trial_seed(trial), set_size, k_hierarchical_sets, set);
+    sampler.get_all_samples(samples + set * set_size);
+  }
   return true;
 }
 
@@ -103,12 +137,6 @@ double bilinear(double x, double y) {
 
 // ---- Least squares and plotting -------------------------------------------
 
-std::string const& color(std::size_t i) {
-  static std::string const colors[] = {"#1f77b4", "#ff7f0e", "#2ca02c", "#d62728",
-                                       "#9467bd", "#8c564b", "#e377c2", "#17becf"};
-  return colors[i % 8];
-}
-
 std::string format(char const* pattern, double value) {
   char buffer[64];
   std::snprintf(buffer, sizeof(buffer), pattern, value);
@@ -118,14 +146,17 @@ std::string format(char const* pattern, double value) {
 }  // namespace
 
 std::vector<ConvergenceStudy::Sampler> ConvergenceStudy::samplers() {
-  // The table every result of the study comes from. HaltonSampler2d and the
-  // four HierarchicalSampler2d modes (random, Hammersley, Halton, Sobol; the
-  // Hammersley mode after Sampling::init) join here as further rows.
+  // The table every result of the study comes from. The hierarchical
+  // Hammersley mode reads the shared table that Sampling::init creates.
   return {{"random", fill_random},
           {"stratified", fill_stratified},
           {"hammersley", fill_hammersley},
-          {"hammersley_sub3", fill_hammersley_subset<3>},
-          {"hammersley_sub4", fill_hammersley_subset<4>}};
+          {"hammersley_sub3", fill_hammersley_subset},
+          {"halton", fill_halton},
+          {"hier_random", fill_hierarchical<HierarchicalSampler2d::RANDOM>},
+          {"hier_hammersley", fill_hierarchical<HierarchicalSampler2d::HAMMERSLEY>},
+          {"hier_halton", fill_hierarchical<HierarchicalSampler2d::HALTON>},
+          {"hier_sobol", fill_hierarchical<HierarchicalSampler2d::SOBOL>}};
 }
 
 std::vector<ConvergenceStudy::Integrand> ConvergenceStudy::integrands() {
@@ -211,7 +242,7 @@ bool ConvergenceStudy::write_csv(std::string const& path) const {
 
 bool ConvergenceStudy::write_plots(Gallery& gallery) const {
   // Plot area inside the canvas's unit square, leaving room for the labels.
-  double const left = 0.13, right = 0.97, bottom = 0.09, top = 0.97;
+  double const left = 0.11, right = 0.66, bottom = 0.09, top = 0.97;
   double const log_n0 = std::log10(static_cast<double>(k_min_count));
   double const log_n1 = std::log10(static_cast<double>(k_max_count));
   for (std::size_t i = 0; i < m_integrands.size(); ++i) {
@@ -265,16 +296,17 @@ bool ConvergenceStudy::write_plots(Gallery& gallery) const {
           continue;
         double const n = m_counts[c];
         if (prev_e > 0.0)
-          canvas.line(px(prev_n), py(prev_e), px(n), py(e), color(s), 2.0);
-        canvas.dot(px(n), py(e), 3.0, color(s));
+          canvas.line(px(prev_n), py(prev_e), px(n), py(e), SvgCanvas::palette(s), 2.0);
+        canvas.dot(px(n), py(e), 3.0, SvgCanvas::palette(s));
         prev_n = n;
         prev_e = e;
       }
-      double const legend_v = bottom + 0.03 + 0.045 * (m_samplers.size() - 1 - s);
-      canvas.line(left + 0.02, legend_v, left + 0.07, legend_v, color(s), 2.0);
-      canvas.text(left + 0.08, legend_v - 0.01,
-                  std::string(m_samplers[s].name) + format("  (slope %.2f)", slope(i, s)), 11,
-                  "#333", "start");
+      // The legend, right of the plot, in the order of the table.
+      double const legend_v = top - 0.02 - 0.05 * s;
+      canvas.line(right + 0.02, legend_v, right + 0.06, legend_v, SvgCanvas::palette(s), 2.0);
+      canvas.text(right + 0.07, legend_v - 0.01, m_samplers[s].name, 11, "#333", "start");
+      canvas.text(right + 0.07, legend_v - 0.032, format("slope %.2f", slope(i, s)), 10, "#777",
+                  "start");
     }
     std::string const file = std::string("convergence_") + m_integrands[i].name + ".svg";
     if (!gallery.save(canvas, file,

@@ -5,15 +5,15 @@
 
 class SvgCanvas;
 
-// The demo's pictures. Each write_* call draws one family into the output
-// folder and records (file, caption) for the index page; other parts of the
-// demo save their SVGs through save() or list files they wrote with add().
+// The demo's pictures: the list of (file, caption) of everything written
+// into the output folder, and the index page over it. The picture families
+// (PatternPictures, WarpPictures, RayFanPictures, SurfacePictures,
+// FrustumPictures, the convergence plots) save their SVGs through save();
+// the render lists its PNG with add().
 class Gallery {
  public:
   explicit Gallery(std::string const& out_dir);
 
-  bool write_patterns();
-  bool write_warps();
   // Writes `canvas` as out_dir/file and lists it; false (with errno set)
   // when the file cannot be written.
   bool save(SvgCanvas const& canvas, std::string const& file, std::string const& caption);

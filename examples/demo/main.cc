@@ -16,10 +16,16 @@
 
 #include "examples/demo/ao_renderer.h"
 #include "examples/demo/convergence.h"
+#include "examples/demo/frustum_pictures.h"
 #include "examples/demo/gallery.h"
 #include "examples/demo/obj_loader.h"
+#include "examples/demo/pattern_pictures.h"
 #include "examples/demo/png_writer.h"
+#include "examples/demo/ray_fan_pictures.h"
 #include "examples/demo/scene.h"
+#include "examples/demo/surface_pictures.h"
+#include "examples/demo/warp_pictures.h"
+#include "sampling/sampling.h"
 
 namespace {
 
@@ -185,7 +191,10 @@ bool render_ao(Options const& options, Scene const& scene, double max_distance, 
   gallery.add("ao.png", "Ambient occlusion traced by Embree: " + std::to_string(settings.width) +
                             "x" + std::to_string(settings.height) + ", " +
                             std::to_string(settings.samples_per_pixel) +
-                            " pixel samples, cosine occlusion rays clipped at the true surface.");
+                            " camera samples per pixel and " +
+                            std::to_string(settings.occlusion_count) +
+                            " occlusion samples per hit from hierarchical sets, occlusion rays "
+                            "from the cosine generator, discarded below the true surface.");
   return true;
 }
 
@@ -206,25 +215,18 @@ bool run_convergence(Options const& options, Gallery& gallery, std::string& erro
   return true;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  Options options;
-  bool help = false;
-  std::string const problem = parse_options(argc, argv, options, help);
-  if (help || !problem.empty())
-    return usage(argv[0], problem);
-
+// Everything after the command line; returns the exit status.
+int run_demo(Options const& options, char const* program) {
   // Read the input before writing anything, so a bad file leaves no output.
   Scene scene;
   double max_distance = 1.0;
   std::string error;
   if (!make_scene(options, scene, max_distance, error)) {
-    std::fprintf(stderr, "%s: %s\n", argv[0], error.c_str());
+    std::fprintf(stderr, "%s: %s\n", program, error.c_str());
     return 1;
   }
   if (!make_folder(options.out_dir)) {
-    std::fprintf(stderr, "%s: cannot create folder '%s': %s\n", argv[0], options.out_dir.c_str(),
+    std::fprintf(stderr, "%s: cannot create folder '%s': %s\n", program, options.out_dir.c_str(),
                  std::strerror(errno));
     return 1;
   }
@@ -232,13 +234,15 @@ int main(int argc, char** argv) {
   Gallery gallery(options.out_dir);
   if (!render_ao(options, scene, max_distance, gallery, error) ||
       !run_convergence(options, gallery, error)) {
-    std::fprintf(stderr, "%s: %s\n", argv[0], error.c_str());
+    std::fprintf(stderr, "%s: %s\n", program, error.c_str());
     return 1;
   }
-  if (!gallery.write_patterns() || !gallery.write_warps() || !gallery.write_index()) {
+  if (!PatternPictures::write(gallery) || !WarpPictures::write(gallery) ||
+      !RayFanPictures::write(gallery) || !SurfacePictures::write(gallery) ||
+      !FrustumPictures::write(gallery) || !gallery.write_index()) {
     std::string const failed =
         gallery.failed_path().empty() ? options.out_dir + "/index.html" : gallery.failed_path();
-    std::fprintf(stderr, "%s: cannot write '%s': %s\n", argv[0], failed.c_str(),
+    std::fprintf(stderr, "%s: cannot write '%s': %s\n", program, failed.c_str(),
                  std::strerror(errno));
     return 1;
   }
@@ -249,4 +253,21 @@ int main(int argc, char** argv) {
   }
   std::printf("  %-36s the page that shows them all\n", "index.html");
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  bool help = false;
+  std::string const problem = parse_options(argc, argv, options, help);
+  if (help || !problem.empty())
+    return usage(argv[0], problem);
+
+  // The library's shared state (the hierarchical sampler's permutation
+  // table) lives from here to the end: the render threads only read it.
+  Sampling::init();
+  int const status = run_demo(options, argv[0]);
+  Sampling::destroy();
+  return status;
 }

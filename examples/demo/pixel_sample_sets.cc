@@ -14,16 +14,22 @@ void PixelSampleSets::init(unsigned int seed, unsigned int samples_per_pixel,
   m_seed = seed;
   m_samples_per_pixel = samples_per_pixel;
   m_occlusion_count = occlusion_count;
+  m_sampler.set_mode(HierarchicalSampler2d::HAMMERSLEY);
+  // The first init for a pattern size builds its shared permutation (the
+  // mode's one allocation); doing both sizes here, before the render threads
+  // start, leaves every pixel to read them only.
+  m_sampler.init(m_seed, m_samples_per_pixel, 1, 0);
+  m_sampler.init(m_seed, m_occlusion_count, m_samples_per_pixel, 0);
 }
 
 void PixelSampleSets::camera_samples(unsigned int pixel, GMathVec2<double>* samples) {
-  m_sampler.init(hash_u32(m_seed ^ hash_u32(pixel)), m_samples_per_pixel, 1);
+  m_sampler.init(hash_u32(m_seed ^ hash_u32(pixel)), m_samples_per_pixel, 1, 0);
   m_sampler.get_all_samples(samples);
 }
 
 void PixelSampleSets::occlusion_samples(unsigned int pixel, unsigned int sample,
                                         GMathVec2<double>* samples) {
-  m_sampler.init_sub(hash_u32(~m_seed ^ hash_u32(pixel)), m_samples_per_pixel, sample,
-                     m_occlusion_count);
+  m_sampler.init(hash_u32(~m_seed ^ hash_u32(pixel)), m_occlusion_count, m_samples_per_pixel,
+                 sample);
   m_sampler.get_all_samples(samples);
 }

@@ -3,25 +3,29 @@
 #include "platform/math/gmath_vec2.h"
 #include "sampling/samplers.h"
 
-// The renderer's one source of 2D samples. Per pixel it hands out
-//  - the camera samples: a Hammersley set of spp points over the pixel
-//    square, with a seed of its own, so no structure repeats across the
-//    image; and
-//  - for camera sample s, the occlusion samples of its hit: set s of one
-//    pattern of spp x occlusion_count points made for the pixel. A single set
-//    covers only part of the square (the split keeps neighbouring points
-//    apart, not each set uniform), but the spp hits of a pixel lie close
-//    together and their sets make up the whole pattern, each point once: the
-//    pixel's average sees a stratified hemisphere.
+// The renderer's one source of 2D samples, HierarchicalSampler2d sets seeded
+// per pixel. Per pixel it hands out
+//  - the camera samples: the one set of an spp-point pattern with the pixel's
+//    camera seed, spread over the pixel square; and
+//  - for camera sample s, the occlusion samples of its hit: set s of a
+//    pattern of spp sets of occlusion_count points with the pixel's occlusion
+//    seed. The sets never repeat a point and together make up the whole
+//    pattern, so the spp hits of a pixel, which lie close together, share out
+//    one well-spread pattern of hemisphere samples between them; in the
+//    Hammersley mode consecutive points of the pattern's order lie far apart,
+//    so each set alone is spread too.
 //
-// Today the occlusion sets are HammersleySampler2d::init_sub sub-sets. This is
-// the seam where HierarchicalSampler2d::init(seed, count, set_count,
-// set_index) takes over for both (its Hammersley mode orders a set's points so
-// that consecutive ones lie far apart; it needs Sampling::init at start-up).
+// The Hammersley mode needs Sampling::init before the first pixel and serves
+// patterns of up to 2048 points; larger ones (spp x occlusion_count above
+// that) get the Halton pattern of the same seed and set instead. The first
+// init for a pattern size builds the shared permutation; every later one, in
+// any thread, only reads it, so the per-pixel path allocates nothing.
 //
-// One object per thread; nothing allocates.
+// One object per thread.
 class PixelSampleSets {
  public:
+  // Stores the settings and builds the shared permutations of both pattern
+  // sizes; call it (after Sampling::init) before the render threads start.
   void init(unsigned int seed, unsigned int samples_per_pixel, unsigned int occlusion_count);
 
   // Writes the samples_per_pixel camera samples of `pixel` into samples[].
@@ -34,7 +38,7 @@ class PixelSampleSets {
   unsigned int m_seed = 0;
   unsigned int m_samples_per_pixel = 1;
   unsigned int m_occlusion_count = 1;
-  HammersleySampler2d m_sampler;
+  HierarchicalSampler2d m_sampler;
 };
 
 // A 32-bit integer hash (avalanching every input bit), for per-pixel seeds.

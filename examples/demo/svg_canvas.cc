@@ -64,11 +64,26 @@ void SvgCanvas::circle(double u, double v, double r, std::string const& color, d
                      "\" stroke-width=\"" + number(width) + "\"/>");
 }
 
+void SvgCanvas::polygon(std::vector<double> const& uv, std::string const& stroke,
+                        std::string const& fill, double width) {
+  std::string points;
+  for (std::size_t i = 0; i + 1 < uv.size(); i += 2)
+    points += (i ? " " : "") + number(px(uv[i])) + "," + number(py(uv[i + 1]));
+  m_shapes.push_back("<polygon points=\"" + points + "\" fill=\"" + fill + "\" stroke=\"" + stroke +
+                     "\" stroke-width=\"" + number(width) + "\"/>");
+}
+
 void SvgCanvas::text(double u, double v, std::string const& text, double size,
                      std::string const& color, std::string const& anchor) {
   m_shapes.push_back("<text x=\"" + number(px(u)) + "\" y=\"" + number(py(v)) +
                      "\" font-family=\"sans-serif\" font-size=\"" + number(size) + "\" fill=\"" +
                      color + "\" text-anchor=\"" + anchor + "\">" + escaped(text) + "</text>");
+}
+
+std::string const& SvgCanvas::palette(unsigned int i) {
+  static std::string const colors[] = {"#1f77b4", "#ff7f0e", "#2ca02c", "#d62728", "#9467bd",
+                                       "#8c564b", "#e377c2", "#17becf", "#7f7f7f", "#bcbd22"};
+  return colors[i % 10];
 }
 
 bool SvgCanvas::save(std::string const& path) const {

@@ -19,10 +19,18 @@ class SvgCanvas {
   // Circle of centre (u, v) and radius r, in unit-square units, outlined.
   void circle(double u, double v, double r, std::string const& color, double width);
 
+  // Closed polygon through the points (u0, v0, u1, v1, ...), outlined and
+  // filled ("none" for no fill).
+  void polygon(std::vector<double> const& uv, std::string const& stroke, std::string const& fill,
+               double width);
+
   // Text with its anchor point at (u, v); anchor is "start", "middle" or
   // "end". The text is escaped for XML.
   void text(double u, double v, std::string const& text, double size, std::string const& color,
             std::string const& anchor);
+
+  // Colour number i of the demo's palette (ten distinct colours, repeating).
+  static std::string const& palette(unsigned int i);
 
   // Writes the document; returns false (with errno set) when the file cannot
   // be written.
