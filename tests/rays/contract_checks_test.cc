@@ -58,4 +58,21 @@ TEST(RayContractsDeathTest, AnisotropicInitNeedsAUnitIncomingDirection) {
                                10.0f, axis, 1.5f, 0.0f, 0.0f),
                "incoming direction is not a unit vector");
 }
+
+TEST(RayContractsDeathTest, CosineGetRaysNeedsItsArraysInEveryMode) {
+  CosineWeightedHemisphereRayGenerator g;
+  g.init(GMathRay(GMathVec3<double>(), GMathVec3<double>(0.0, 0.0, 1.0)), 90.0, 0.0, 0.0);
+  GMathVec2<double> const sample(0.5, 0.5);
+  GMathRay ray;
+  for (int mode = 0; mode < 3; ++mode) {
+    if (mode == 1)
+      g.discard_clipped_samples(GMathVec3<double>(0.0, 0.0, 1.0));
+    if (mode == 2)
+      g.project_clipped_samples(GMathVec3<double>(0.0, 0.0, 1.0));
+    EXPECT_DEATH(g.get_rays(nullptr, 2, &ray, nullptr),
+                 "CosineWeightedHemisphereRayGenerator::get_rays: null sample or ray array");
+    EXPECT_DEATH(g.get_rays(&sample, 1, nullptr, nullptr), "null sample or ray array");
+    EXPECT_EQ(g.get_rays(nullptr, 0, nullptr, nullptr), 0u);
+  }
+}
 #endif
