@@ -132,29 +132,26 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   positions.resize(5);
   double spacing = -1.0, again_spacing = -1.0, long_spacing = -1.0;
   bool ok, ok_again, ok_long;
-  if (by_density) {
-    ShortDensity const short_entry =
-        blue ? static_cast<ShortDensity>(&Sampling::surface_blue_noise_density)
-             : static_cast<ShortDensity>(&Sampling::surface_random_noise_density);
-    LongDensity const long_entry =
-        blue ? static_cast<LongDensity>(&Sampling::surface_blue_noise_density)
-             : static_cast<LongDensity>(&Sampling::surface_random_noise_density);
-    ok = short_entry(context, mesh, matrix, density, descriptors, spacing, group);
-    ok_again = short_entry(context, mesh, matrix, density, again, again_spacing, group);
-    ok_long = long_entry(context, mesh, matrix, density, long_descriptors, positions, vectors_a,
+  // The short entry twice and the long one once, for an amount that is a
+  // count or a density.
+  auto const call = [&](auto short_entry, auto long_entry, auto const& amount) {
+    ok = short_entry(context, mesh, matrix, amount, descriptors, spacing, group);
+    ok_again = short_entry(context, mesh, matrix, amount, again, again_spacing, group);
+    ok_long = long_entry(context, mesh, matrix, amount, long_descriptors, positions, vectors_a,
                          vectors_b, long_spacing, group);
-  } else {
-    ShortCount const short_entry =
-        blue ? static_cast<ShortCount>(&Sampling::surface_blue_noise_count)
-             : static_cast<ShortCount>(&Sampling::surface_random_noise_count);
-    LongCount const long_entry =
-        blue ? static_cast<LongCount>(&Sampling::surface_blue_noise_count)
-             : static_cast<LongCount>(&Sampling::surface_random_noise_count);
-    ok = short_entry(context, mesh, matrix, count, descriptors, spacing, group);
-    ok_again = short_entry(context, mesh, matrix, count, again, again_spacing, group);
-    ok_long = long_entry(context, mesh, matrix, count, long_descriptors, positions, vectors_a,
-                         vectors_b, long_spacing, group);
-  }
+  };
+  if (by_density)
+    call(blue ? static_cast<ShortDensity>(&Sampling::surface_blue_noise_density)
+              : static_cast<ShortDensity>(&Sampling::surface_random_noise_density),
+         blue ? static_cast<LongDensity>(&Sampling::surface_blue_noise_density)
+              : static_cast<LongDensity>(&Sampling::surface_random_noise_density),
+         density);
+  else
+    call(blue ? static_cast<ShortCount>(&Sampling::surface_blue_noise_count)
+              : static_cast<ShortCount>(&Sampling::surface_random_noise_count),
+         blue ? static_cast<LongCount>(&Sampling::surface_blue_noise_count)
+              : static_cast<LongCount>(&Sampling::surface_random_noise_count),
+         count);
   FUZZ_ASSERT(ok && ok_again && ok_long, "%s: returned false", entry);
   FUZZ_ASSERT(
       same(descriptors, again) && std::memcmp(&spacing, &again_spacing, sizeof(double)) == 0,
