@@ -40,13 +40,14 @@ void check_common(GMathRay const& ray, char const* name) {
                 name);
 }
 
-// Auxiliary directions unit or zero (the guarded normalisation), all finite.
+// Finite auxiliary origins and directions, and the footprints built from them.
 void check_differentials(GMathRay const& ray, char const* name) {
   if (!ray.m_has_differentials)
     return;
   GMathRayDifferential const& d = ray.m_differential;
   FUZZ_ASSERT(finite(d.m_rx_origin) && finite(d.m_ry_origin) && finite(d.m_rx_direction) &&
-                  finite(d.m_ry_direction),
+                  finite(d.m_ry_direction) && std::isfinite(ray.m_aux[0]) &&
+                  std::isfinite(ray.m_aux[1]),
               "%s: differentials not finite", name);
 }
 
