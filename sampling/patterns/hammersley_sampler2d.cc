@@ -130,6 +130,8 @@ unsigned int HammersleySampler2d::get_sub_index(unsigned int const& i) const {
 void HammersleySampler2d::get_sample_callback(HammersleySampler2d& sampler,
                                               unsigned int const& index,
                                               GMathVec2<double>& sample) {
+  // With no points 1/N is infinite and a single point has no meaning.
+  SAMPLING_CHECK(sampler.m_sample_count != 0, "HammersleySampler2d::get_sample: the set is empty");
   HammersleyPoints(sampler).write(index, sample);
 }
 

@@ -10,6 +10,7 @@
 #include "platform/math/gmath_vec2.h"
 #include "platform/math/gmath_vec3.h"
 #include "sampling/angles.h"
+#include "sampling/checks.h"
 #include "sampling/rays/ray_math.h"
 
 // Internal: what the anisotropic reflection and refraction generators share.
@@ -49,6 +50,8 @@ struct AnisotropicLobe {
                    GeometryDifferential const& differential, float const& nu, float const& nv,
                    GMathVec2<float> const& direction, float const& spread_reduction_x,
                    float const& spread_reduction_y) {
+    SAMPLING_CHECK(std::fabs(dot(incoming_ray.m_direction, incoming_ray.m_direction) - 1.0) <= 1e-3,
+                   "anisotropic ray generator init: the incoming direction is not a unit vector");
     g.m_exponent_u = nu;
     g.m_exponent_v = nv;
     g.m_exponent_ratio = std::sqrt((nu + 1.0f) / (nv + 1.0f));

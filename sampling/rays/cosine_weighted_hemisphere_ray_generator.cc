@@ -13,6 +13,15 @@ namespace {
 // centroid of the corner directions, turning every side plane outward.
 constexpr double k_frustum_margin = 0.025;
 
+inline void check_arrays(GMathVec2<double> const* samples, unsigned int const& count,
+                         GMathRay const* rays) {
+  SAMPLING_CHECK(count == 0 || (samples && rays),
+                 "CosineWeightedHemisphereRayGenerator::get_rays: null sample or ray array");
+  (void)samples;
+  (void)count;
+  (void)rays;
+}
+
 inline void check_sample(GMathVec2<double> const& sample) {
   SAMPLING_CHECK(sample.x >= 0.0 && sample.x <= 1.0 && sample.y >= 0.0 && sample.y <= 1.0,
                  "CosineWeightedHemisphereRayGenerator: samples must lie in [0,1]^2");
@@ -228,6 +237,7 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_callback(
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
+  check_arrays(samples, count, rays);
   for (unsigned int i = 0; i < count; ++i) {
     GMathVec3<double> w, u, v;
     generator.warp_sample(samples[i], w, u, v);
@@ -248,6 +258,7 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_discard_callback(
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_discard_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
+  check_arrays(samples, count, rays);
   unsigned int written = 0;
   for (unsigned int i = 0; i < count; ++i) {
     GMathVec3<double> w, u, v;
@@ -272,6 +283,7 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_project_callback(
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_project_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
+  check_arrays(samples, count, rays);
   for (unsigned int i = 0; i < count; ++i)
     generator.create_ray_project(samples[i], rays[i]);
   store_unit_weights(weights, count);

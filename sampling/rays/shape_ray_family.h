@@ -58,8 +58,15 @@ struct ShapeRayFamily {
     differential.m_ry_direction = aim_displaced(to_sample, g.m_differential_delta_y);
   }
 
+  // The callers' contract on samples and box corners: both coordinates in
+  // [0, 1].
+  static bool in_unit_square(GMathVec2<double> const& sample) {
+    return sample.x >= 0.0 && sample.x <= 1.0 && sample.y >= 0.0 && sample.y <= 1.0;
+  }
+
   // World vector from the ray origin to the shape's point of `sample`.
   static GMathVec3<double> to_sample(G const& g, GMathVec2<double> const& sample) {
+    SAMPLING_CHECK(in_unit_square(sample), "shape ray generator: sample outside [0,1]^2");
     return g.m_frame.transform_point(g.local_point(sample)) - g.m_ray_origin;
   }
 
@@ -173,6 +180,8 @@ struct ShapeRayFamily {
   static void get_frustum(G const& g, GMathVec2<double> const& corner0,
                           GMathVec2<double> const& corner1, bool const& widen,
                           GMathFrustum& frustum) {
+    SAMPLING_CHECK(in_unit_square(corner0) && in_unit_square(corner1),
+                   "shape ray generator get_frustum: box corner outside [0,1]^2");
     GMathVec3<double> c[4];
     for (unsigned int k = 0; k < 4; ++k)
       c[k] = g.m_frame.transform_point(g.frustum_local_point(box_corner(corner0, corner1, k), k)) -

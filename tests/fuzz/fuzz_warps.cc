@@ -11,8 +11,8 @@ double dot(GMathVec3<double> const& a, GMathVec3<double> const& b) {
   return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
-void check_frame(GMathVec3<double> const& d, GMathVec3<double> const& t,
-                 GMathVec3<double> const& b, char const* warp) {
+void check_frame(GMathVec3<double> const& d, GMathVec3<double> const& t, GMathVec3<double> const& b,
+                 char const* warp) {
   GMathVec3<double> const c = cross(t, b);
   FUZZ_ASSERT(std::fabs(d.length() - 1.0) <= 1e-12, "%s: |d| = %.17g", warp, d.length());
   FUZZ_ASSERT(std::fabs(t.length() - 1.0) <= 1e-12, "%s: |t| = %.17g", warp, t.length());
@@ -60,6 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   unsigned int const index = in.u32();
   unsigned int const position = Sampling::shuffle_index(index, count);
   FUZZ_ASSERT(position <= count, "shuffle_index(%u, %u) = %u", index, count, position);
-  if (index < count) FUZZ_ASSERT(position < count, "shuffle_index(%u, %u) = %u", index, count, position);
+  if (index < count)
+    FUZZ_ASSERT(position < count, "shuffle_index(%u, %u) = %u", index, count, position);
   return 0;
 }
