@@ -92,8 +92,6 @@ void HammersleySampler2d::init_sub(unsigned int const& seed, unsigned int const&
                                    unsigned int const& subset_index, unsigned int const& count) {
   SAMPLING_CHECK(subset_index < subset_count,
                  "HammersleySampler2d::init_sub: subset_index must be below subset_count");
-  SAMPLING_CHECK(subset_count * count != 0,
-                 "HammersleySampler2d::init_sub: the whole set must not be empty");
   m_packet_count_x = 1;
   m_packet_count_y = 1;
   m_count_x = subset_count * count;
