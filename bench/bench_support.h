@@ -1,0 +1,90 @@
+#pragma once
+
+// The timing and checking helpers every benchmark of the suite shares.
+//
+// Each hot path is timed three ways in the same run, on the same clock (the
+// CPU time of the calling thread, which other loads on the machine do not
+// advance) and for the same number of calls:
+//   - the library path, in the benchmark's own loop;
+//   - the plain reference, written straight from the formulas in bench/;
+//   - the store bound, a plain loop writing the same bytes to an array of
+//     the same size.
+// Counters (read by bench/make_performance_doc.py):
+//   ns_per_item     library time per item (sample, point, ray, ...)
+//   x_reference     library time over reference time (below 1: faster)
+//   x_store_bound   library time over store-bound time
+//   reference_ns_per_item, store_ns_per_item   the two other timings
+// Before timing, the library's output is compared with the reference's
+// byte for byte; a difference stops the benchmark with an error.
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "platform/math/gmath_vec2.h"
+
+namespace bench {
+
+// CPU time of the calling thread, in nanoseconds.
+double thread_ns();
+
+// Nanoseconds per call of `call` over `calls` calls (at least one).
+double ns_per_call(std::function<void()> const& call, std::int64_t const& calls);
+
+// True when the first `bytes` bytes of a and b are equal; otherwise stops the
+// benchmark with an error naming `what` and returns false.
+bool check_same_bytes(benchmark::State& state, void const* a, void const* b,
+                      std::size_t const& bytes, char const* what);
+
+template <typename T>
+bool check_same(benchmark::State& state, std::vector<T> const& library,
+                std::vector<T> const& reference, char const* what = "library and reference") {
+  if (library.size() != reference.size()) {
+    state.SkipWithError("library and reference differ in length");
+    return false;
+  }
+  return check_same_bytes(state, library.data(), reference.data(), library.size() * sizeof(T),
+                          what);
+}
+
+// The store bound of `count` records like `prototype`: each written whole,
+// in a plain loop, to out[0..count-1].
+template <typename T>
+void store_records(T* out, std::size_t const& count, T const& prototype) {
+  T value = prototype;
+  benchmark::DoNotOptimize(&value);
+  for (std::size_t i = 0; i < count; ++i)
+    out[i] = value;
+  benchmark::DoNotOptimize(out);
+  benchmark::ClobberMemory();
+}
+
+// Sets the counters above from the library path's time per call measured by
+// `path_loop_ns` (over state.iterations() calls), `items` items per call,
+// and times `reference` (may be empty: no reference) and `store` for the
+// same number of calls.
+void report(benchmark::State& state, double const& items, double const& path_ns_per_call,
+            std::function<void()> const& reference, std::function<void()> const& store);
+
+// Runs `path` in the benchmark loop, then report().
+template <typename Path>
+void run(benchmark::State& state, double const& items, Path&& path,
+         std::function<void()> const& reference, std::function<void()> const& store) {
+  double const start = thread_ns();
+  for (auto _ : state) {
+    path();
+    benchmark::ClobberMemory();
+  }
+  double const elapsed = thread_ns() - start;
+  double const calls = static_cast<double>(state.iterations() > 0 ? state.iterations() : 1);
+  report(state, items, elapsed / calls, reference, store);
+}
+
+// `count` uniform samples of [0,1)^2 from a fixed seed, the common input of
+// the warps and the ray generators.
+std::vector<GMathVec2<double>> unit_samples(std::size_t const& count, unsigned int const& seed);
+
+}  // namespace bench
