@@ -2,6 +2,7 @@
 
 #include <time.h>
 
+#include <cstddef>
 #include <cstring>
 #include <random>
 #include <string>
@@ -31,6 +32,60 @@ bool check_same_bytes(benchmark::State& state, void const* a, void const* b,
   std::string const message = std::string(what) + " differ";
   state.SkipWithError(message.c_str());
   return false;
+}
+
+bool check_same_rays(benchmark::State& state, GMathRay const* library, GMathRay const* reference,
+                     std::size_t const& count) {
+  // Bytes up to and including m_has_differentials, then from the
+  // differentials to the end of m_type (offsets as GMathRay's own layout
+  // checks state them).
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+  std::size_t const head = offsetof(GMathRay, m_has_differentials) + sizeof(bool);
+  std::size_t const tail_start = offsetof(GMathRay, m_differential);
+  std::size_t const tail_end = offsetof(GMathRay, m_type) + sizeof(GMathRay::Type);
+#pragma GCC diagnostic pop
+  for (std::size_t i = 0; i < count; ++i) {
+    char const* a = reinterpret_cast<char const*>(library + i);
+    char const* b = reinterpret_cast<char const*>(reference + i);
+    if (std::memcmp(a, b, head) != 0 ||
+        std::memcmp(a + tail_start, b + tail_start, tail_end - tail_start) != 0) {
+      std::string const message = "library and reference rays differ at ray " + std::to_string(i);
+      state.SkipWithError(message.c_str());
+      return false;
+    }
+  }
+  return true;
+}
+
+void run_generator(benchmark::State& state, SampleRayGenerator const& generator,
+                   std::vector<GMathVec2<double>> const& samples, bool const& weighted,
+                   RaysReference const& reference) {
+  unsigned int const count = static_cast<unsigned int>(samples.size());
+  std::vector<GMathRay> rays(count), check(count);
+  std::vector<double> weights(count, -1.0), check_weights(count, -1.0);
+  double* const w = weighted ? weights.data() : nullptr;
+  double* const check_w = weighted ? check_weights.data() : nullptr;
+  unsigned int const written = generator.get_rays(samples.data(), count, rays.data(), w);
+  unsigned int const expected = reference(samples.data(), count, check.data(), check_w);
+  if (written != expected) {
+    state.SkipWithError("library and reference write different ray counts");
+    return;
+  }
+  if (!check_same_rays(state, rays.data(), check.data(), written) ||
+      !check_same_bytes(state, weights.data(), check_weights.data(), written * sizeof(double),
+                        "library and reference weights"))
+    return;
+  GMathRay const prototype = check[0];
+  run(
+      state, count, [&] { generator.get_rays(samples.data(), count, rays.data(), w); },
+      [&] { reference(samples.data(), count, check.data(), check_w); },
+      [&] {
+        store_records(check.data(), written, prototype);
+        if (weighted)
+          store_records(check_weights.data(), written, 1.0);
+      });
+  state.counters["rays_kept"] = static_cast<double>(written) / count;
 }
 
 void report(benchmark::State& state, double const& items, double const& path_ns_per_call,

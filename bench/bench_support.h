@@ -24,7 +24,9 @@
 #include <functional>
 #include <vector>
 
+#include "platform/math/gmath_ray.h"
 #include "platform/math/gmath_vec2.h"
+#include "sampling/rays/sample_ray_generator.h"
 
 namespace bench {
 
@@ -82,6 +84,26 @@ void run(benchmark::State& state, double const& items, Path&& path,
   double const calls = static_cast<double>(state.iterations() > 0 ? state.iterations() : 1);
   report(state, items, elapsed / calls, reference, store);
 }
+
+// The same for `count` rays, field by field (the padding bytes of GMathRay
+// are not compared).
+bool check_same_rays(benchmark::State& state, GMathRay const* library, GMathRay const* reference,
+                     std::size_t const& count);
+
+// A plain reference of a ray generator's get_rays: samples, count, rays and
+// weights (null or count values) in, number of rays written out.
+typedef std::function<unsigned int(GMathVec2<double> const*, unsigned int const&, GMathRay*,
+                                   double*)>
+    RaysReference;
+
+// Times generator.get_rays over `samples` (weights when `weighted`) against
+// `reference` and the store bound (a plain loop writing as many GMathRay
+// records, and weights, as the generator writes), after checking rays,
+// weights and counts against the reference.
+// Items are samples. Counter rays_kept: rays written per sample.
+void run_generator(benchmark::State& state, SampleRayGenerator const& generator,
+                   std::vector<GMathVec2<double>> const& samples, bool const& weighted,
+                   RaysReference const& reference);
 
 // `count` uniform samples of [0,1)^2 from a fixed seed, the common input of
 // the warps and the ray generators.

@@ -213,9 +213,8 @@ void BM_HierarchicalSamples(benchmark::State& state) {
   sampler.init(k_seed, n, 1, 0);
   std::vector<unsigned int> const permutation =
       n <= 2048 ? ref_permutation(n) : std::vector<unsigned int>();
-  time_sampler(state, sampler, state.range(2) != 0, [&](GMathVec2<double>* out) {
-    ref_points(mode, k_seed, n, permutation, out);
-  });
+  time_sampler(state, sampler, state.range(2) != 0,
+               [&](GMathVec2<double>* out) { ref_points(mode, k_seed, n, permutation, out); });
   state.SetLabel(mode == HierarchicalSampler2d::HAMMERSLEY && n > 2048 ? "hammersley->halton"
                                                                        : k_mode_names[mode]);
 }

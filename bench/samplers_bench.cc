@@ -39,7 +39,9 @@ void all_packets(S& sampler, PacketOutput& out) {
 
 // ---- Plain references -------------------------------------------------------
 
-double ref_unit(unsigned const& r) { return r * 0x1.00000001p-32; }
+double ref_unit(unsigned const& r) {
+  return r * 0x1.00000001p-32;
+}
 
 double ref_radical_inverse_2(unsigned n) {
   double u = 0.0, half = 0.5;
@@ -154,7 +156,9 @@ void ref_hammersley_sub(unsigned const& seed, unsigned const& subsets, unsigned 
   }
 }
 
-void store_vec2(std::vector<Vec2>& out) { bench::store_records(out.data(), out.size(), Vec2(0.25, 0.5)); }
+void store_vec2(std::vector<Vec2>& out) {
+  bench::store_records(out.data(), out.size(), Vec2(0.25, 0.5));
+}
 
 // ---- Benchmarks ---------------------------------------------------------------
 
