@@ -1,70 +1,21 @@
 // get_rays of the anisotropic reflection and refraction generators for 1024
 // samples, isotropic and anisotropic exponents, with and without incoming
-// differentials. Each benchmark reports rays per second (items) and
-// "x_store": its CPU time per batch over the CPU time of a plain loop writing
-// the same 1024 GMathRay records, measured in the same process (the store
-// bound; BM_AnisotropicStoreBound shows that loop on its own).
+// differentials and weights, against the store bound of the rays and weights
+// written (shared helper, bench_support.h). No plain reference here: the lobe
+// sampling is checked against its formulas by the tests.
 
 #include <benchmark/benchmark.h>
 
-#include <time.h>
-#include <algorithm>
 #include <cmath>
-#include <random>
 #include <vector>
 
+#include "bench/bench_support.h"
 #include "platform/geometry/geometry_differential.h"
 #include "sampling/ray_generators.h"
 
 namespace {
 
 constexpr unsigned int k_batch = 1024;
-
-// CPU time of this thread in seconds: the machine is shared, so wall time
-// would charge other processes' work to ours.
-double thread_seconds() {
-  timespec t;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
-}
-
-std::vector<GMathVec2<double>> const& batch_samples() {
-  static std::vector<GMathVec2<double>> const samples = [] {
-    std::mt19937_64 rng(99);
-    std::uniform_real_distribution<double> unit(0.0, 1.0);
-    std::vector<GMathVec2<double>> s(k_batch);
-    for (GMathVec2<double>& x : s)
-      x = GMathVec2<double>(unit(rng), unit(rng));
-    return s;
-  }();
-  return samples;
-}
-
-// One batch of the store bound: every record written whole.
-void store_batch(GMathRay* rays, GMathRay const& prototype) {
-  for (unsigned int i = 0; i < k_batch; ++i)
-    rays[i] = prototype;
-  benchmark::ClobberMemory();
-}
-
-// Seconds per batch of the store bound: the best of a few timed runs.
-double store_seconds_per_batch() {
-  static double const seconds = [] {
-    std::vector<GMathRay> rays(k_batch);
-    GMathRay prototype(GMathVec3<double>(1.0, 2.0, 3.0), GMathVec3<double>(0.0, 0.6, 0.8));
-    double best = 1e30;
-    for (int run = 0; run < 20; ++run) {
-      double const start = thread_seconds();
-      for (int k = 0; k < 200; ++k) {
-        prototype.m_time = k;
-        store_batch(rays.data(), prototype);
-      }
-      best = std::min(best, (thread_seconds() - start) / 200.0);
-    }
-    return best;
-  }();
-  return seconds;
-}
 
 // The shading point of every benchmark: N = z, a grazing-ish incoming ray,
 // incoming and surface differentials when asked.
@@ -96,43 +47,17 @@ Scene make_scene(bool differentials) {
   return s;
 }
 
-void run(benchmark::State& state, SampleRayGenerator const& generator) {
-  std::vector<GMathRay> rays(k_batch);
-  std::vector<double> weights(k_batch);
-  GMathVec2<double> const* samples = batch_samples().data();
-  unsigned int produced = 0;
-  double const start = thread_seconds();
-  for (auto _ : state) {
-    produced = generator.get_rays(samples, k_batch, rays.data(), weights.data());
-    benchmark::DoNotOptimize(produced);
-    benchmark::ClobberMemory();
-  }
-  double const elapsed = thread_seconds() - start;
-  state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * k_batch);
-  state.counters["produced"] = static_cast<double>(produced) / k_batch;
-  state.counters["x_store"] =
-      elapsed / static_cast<double>(state.iterations()) / store_seconds_per_batch();
-}
-
-void BM_AnisotropicStoreBound(benchmark::State& state) {
-  std::vector<GMathRay> rays(k_batch);
-  GMathRay prototype(GMathVec3<double>(1.0, 2.0, 3.0), GMathVec3<double>(0.0, 0.6, 0.8));
-  for (auto _ : state) {
-    store_batch(rays.data(), prototype);
-    benchmark::DoNotOptimize(rays.data());
-  }
-  state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * k_batch);
-}
-
 // range(0) selects the exponents, (20, 20) or (100, 8); range(1) incoming
-// differentials. `init` prepares the generator from the scene and exponents.
+// differentials; range(2) the weight array. `init` prepares the generator
+// from the scene and exponents.
 template <typename G, typename Init>
 void run_generator(benchmark::State& state, Init const& init) {
   Scene const s = make_scene(state.range(1) != 0);
   bool const anisotropic = state.range(0) != 0;
   G generator;
   init(generator, s, anisotropic ? 100.0f : 20.0f, anisotropic ? 8.0f : 20.0f);
-  run(state, generator);
+  static std::vector<GMathVec2<double>> const samples = bench::unit_samples(k_batch, 99);
+  bench::run_generator(state, generator, samples, state.range(2) != 0, bench::RaysReference());
 }
 
 void BM_AnisotropicReflectionGetRays(benchmark::State& state) {
@@ -154,10 +79,9 @@ void BM_AnisotropicRefractionGetRays(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(BM_AnisotropicStoreBound);
 BENCHMARK(BM_AnisotropicReflectionGetRays)
-    ->ArgNames({"aniso", "diff"})
-    ->ArgsProduct({{0, 1}, {0, 1}});
+    ->ArgNames({"aniso", "diff", "weights"})
+    ->ArgsProduct({{0, 1}, {0, 1}, {0, 1}});
 BENCHMARK(BM_AnisotropicRefractionGetRays)
-    ->ArgNames({"aniso", "diff"})
-    ->ArgsProduct({{0, 1}, {0, 1}});
+    ->ArgNames({"aniso", "diff", "weights"})
+    ->ArgsProduct({{0, 1}, {0, 1}, {0, 1}});

@@ -97,7 +97,7 @@ typedef std::function<unsigned int(GMathVec2<double> const*, unsigned int const&
     RaysReference;
 
 // Times generator.get_rays over `samples` (weights when `weighted`) against
-// `reference` and the store bound (a plain loop writing as many GMathRay
+// `reference` (empty: none) and the store bound (a plain loop writing as many GMathRay
 // records, and weights, as the generator writes), after checking rays,
 // weights and counts against the reference.
 // Items are samples. Counter rays_kept: rays written per sample.
