@@ -4,37 +4,14 @@
 
 #include "sampling/sampling.h"
 #include "sampling/warps/concentric_map.h"
+#include "sampling/warps/polar_warp.h"
 
 namespace {
 
-// Writes (cos(phi) rho, sin(phi) rho, z): the polar construction every warp
-// ends with.
-inline void polar_point(double const& phi, double const& rho, double const& z,
-                        GMathVec3<double>& out) {
-  out.x = std::cos(phi) * rho;
-  out.y = std::sin(phi) * rho;
-  out.z = z;
-}
-
-// The same, plus tangent (increasing azimuth) and bitangent (towards +z).
-inline void polar_frame(double const& phi, double const& rho, double const& z,
-                        GMathVec3<double>& out, GMathVec3<double>& tangent,
-                        GMathVec3<double>& bitangent) {
-  double const c = std::cos(phi);
-  double const s = std::sin(phi);
-  out.x = c * rho;
-  out.y = s * rho;
-  out.z = z;
-  tangent.x = -s;
-  tangent.y = c;
-  tangent.z = 0.0;
-  bitangent.x = -z * c;
-  bitangent.y = -z * s;
-  bitangent.z = rho;
-}
-
 // Height above the disk of a hemisphere direction with projected radius rho.
-inline double lift(double const& rho) { return std::sqrt(1.0 - rho * rho); }
+inline double lift(double const& rho) {
+  return std::sqrt(1.0 - rho * rho);
+}
 
 }  // namespace
 
@@ -140,8 +117,7 @@ void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double
 
 void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
                               GMathVec3<double>& tangent, GMathVec3<double>& bitangent) {
-  double const z = 1.0 - u * 2.0;
-  polar_frame(k_sampling_two_pi * v, std::sqrt(1.0 - z * z), z, direction, tangent, bitangent);
+  sphere_uniform_frame(u, v, direction, tangent, bitangent);
 }
 
 void Sampling::sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction) {
