@@ -228,10 +228,14 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_callback(
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
+  // A local copy of the record: the ray stores could alias the caller's
+  // record, which would force its fields to be read again per ray; a local
+  // cannot be aliased.
+  CosineWeightedHemisphereRayGenerator const local = generator;
   for (unsigned int i = 0; i < count; ++i) {
     GMathVec3<double> w, u, v;
-    generator.warp_sample(samples[i], w, u, v);
-    generator.create_ray(w, u, v, rays[i]);
+    local.warp_sample(samples[i], w, u, v);
+    local.create_ray(w, u, v, rays[i]);
   }
   store_unit_weights(weights, count);
   return count;
@@ -249,11 +253,12 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_discard_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
   unsigned int written = 0;
+  CosineWeightedHemisphereRayGenerator const local = generator;  // as in get_rays
   for (unsigned int i = 0; i < count; ++i) {
     GMathVec3<double> w, u, v;
-    generator.warp_sample(samples[i], w, u, v);
-    if (dot(w, generator.m_clip_normal) > 0.0) {
-      generator.create_ray(w, u, v, rays[written]);
+    local.warp_sample(samples[i], w, u, v);
+    if (dot(w, local.m_clip_normal) > 0.0) {
+      local.create_ray(w, u, v, rays[written]);
       ++written;
     }
   }
@@ -272,8 +277,9 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_project_callback(
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_project_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
+  CosineWeightedHemisphereRayGenerator const local = generator;  // as in get_rays
   for (unsigned int i = 0; i < count; ++i)
-    generator.create_ray_project(samples[i], rays[i]);
+    local.create_ray_project(samples[i], rays[i]);
   store_unit_weights(weights, count);
   return count;
 }
