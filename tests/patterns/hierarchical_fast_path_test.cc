@@ -1,0 +1,54 @@
+// The hierarchical sampler's array paths (the point function on a local copy
+// of the record; Sobol's second component eight bits at a time) against the
+// one-sample path and the bit loop, over millions of random inputs.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "sampling/patterns/sobol_components.h"
+#include "sampling/samplers.h"
+#include "sampling/sampling.h"
+
+namespace {
+
+TEST(HierarchicalSampler2dFastPath, SobolByBytesIsTheBitLoop) {
+  for (unsigned int n = 0; n < (1u << 20); ++n)
+    ASSERT_EQ(sobol_2_by_bytes(n), sobol_2(n)) << "n " << n;
+  std::mt19937 rng(8);
+  for (unsigned int i = 0; i < 1000000; ++i) {
+    unsigned int const n = rng();
+    ASSERT_EQ(sobol_2_by_bytes(n), sobol_2(n)) << "n " << n;
+  }
+  EXPECT_EQ(sobol_2_by_bytes(0xFFFFFFFFu), sobol_2(0xFFFFFFFFu));
+}
+
+TEST(HierarchicalSampler2dFastPath, ArrayPathsMatchTheOneSamplePathInEveryMode) {
+  Sampling::init();
+  std::mt19937 rng(9);
+  HierarchicalSampler2d sampler;
+  unsigned int compared = 0;
+  for (unsigned int round = 0; compared < 1100000; ++round) {
+    auto const mode = static_cast<HierarchicalSampler2d::Mode>(round % 4);
+    unsigned int const count = 1u + rng() % 3000u;
+    unsigned int const sets = 1u + rng() % 3u;
+    sampler.set_mode(mode);
+    sampler.init(rng(), count, sets, rng() % sets);
+    std::vector<GMathVec2<double>> all(count), packet(count);
+    sampler.get_all_samples(all.data());
+    GMathVec2<double> c0, c1;
+    ASSERT_EQ(sampler.get_packet_samples(0, packet.data(), c0, c1), count);
+    for (unsigned int i = 0; i < count; ++i) {
+      GMathVec2<double> one;
+      sampler.get_sample(i, one);
+      ASSERT_EQ(std::memcmp(&one, &all[i], sizeof one), 0) << "mode " << mode << " i " << i;
+      ASSERT_EQ(std::memcmp(&one, &packet[i], sizeof one), 0) << "mode " << mode << " i " << i;
+    }
+    compared += count;
+  }
+  Sampling::destroy();
+}
+
+}  // namespace
