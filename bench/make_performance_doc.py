@@ -40,50 +40,57 @@ THREADED = re.compile(r"^(?P<base>.*?)(/real_time)?/threads:(?P<threads>\d+)$")
 NOTES = """\
 ## What bounds each path
 
-Instruction counts below come from `valgrind --tool=callgrind` on the release
-build (repeatable on a shared machine, unlike times); see "Profiling" for the
-command. The store bound writes the output records only, so a path that does
-any arithmetic per item is measured against a floor it cannot reach; the goal
-ratios are met where the per-item work is a handful of instructions.
+The shares below are instruction counts from `valgrind --tool=callgrind` on
+the release build (repeatable on a shared machine, unlike times; see
+"Profiling" for the command). The store bound writes the output records
+only, so a path doing any arithmetic per item is measured against a floor it
+cannot reach; the goals are met where the per-item work is a handful of
+instructions.
 
 - **Stratified sampler** (all and packet): two MT19937 draws per sample
-  through `GRandomMt::genrand_int32`, a call into the platform library per
-  draw (about 40% of the instructions of a sample, including the state
-  refill every 624 draws). The draw order is part of the stream, so the
-  draws cannot be batched or reordered inside the sampler; reaching 2x would
-  need an inline (header) generator or a bulk-draw entry in the platform
-  library (`genrand_int32` into an array), neither of which is sampling code.
-- **Hammersley** (seeded, packet): a bit reversal, two integer-to-double
-  conversions, two multiplications per point, about 25 instructions; at
-  about 2 ns per point against 0.3 ns for the stores. Meeting 2x needs the
-  points computed in SIMD lanes (u32 to double conversion has no SSE2
-  instruction; AVX-512 or a bias trick would do it), i.e. a build for a
-  newer instruction set than the baseline x86-64 the library targets.
-- **Hammersley sub-sets** with an even number of sub-sets: one
-  `Sampling::shuffle_index` per point, a loop over the bits of the index
-  (about 12 iterations at 4096 points).
-- **Halton** and the **hierarchical Halton/Sobol/Hammersley** modes: one
-  digit step (integer division, multiply-add) per base-b digit of the index,
-  8 digits in base 3 at these indices; Sobol a 32-step XOR loop. The
-  digit loop order fixes the rounding, so the sum cannot be regrouped.
-  The random mode (two table look-ups per sample) is within 3x of the
-  bound.
+  through `GRandomMt::genrand_int32`, an out-of-line call into the platform
+  library: 75% of the path's instructions (its state refill computes two
+  indices modulo 624 per state word). The draw order is part of the
+  stream, so the draws cannot be batched or reordered in the sampler.
+  Needed: an inline (header) generator or a bulk-draw entry
+  (`genrand_int32` into an array) in the platform library.
+- **Hammersley** (seeded, packet; odd sub-sets): a bit reversal, two
+  integer-to-double conversions and two multiplications per point, about 35
+  instructions, against two 8-byte stores. Needed for 2x: the points
+  computed in SIMD lanes; baseline x86-64 has no unsigned 32-bit to double
+  vector conversion, so that means a build for a newer instruction set
+  (AVX-512) than the library targets.
+- **Hammersley sub-sets** with an even sub-set count: one
+  `Sampling::shuffle_index` per point, a loop over the bits of the index.
+- **Halton** and the **hierarchical Halton** mode (and Hammersley beyond the
+  table sizes, which falls back to Halton): one digit step per base-b digit
+  of the index (8 digits in base 3 here), each a multiply-add whose rounding
+  fixes the order: the sum cannot be regrouped, so the chain of dependent
+  additions is the bound (about 160 instructions per sample in base 3).
+  **Sobol**: two table look-up chains and a bit reversal; **random**: two
+  table look-ups; **Hammersley** with its permutation: a look-up and the
+  bit reversal. These three come within 3x to 12x of the bound; the
+  remaining gap is the integer-to-double conversions and the index
+  arithmetic per sample.
 - **Ray generators**: each ray is a 240-byte `GMathRay` whose derived fields
-  (inverse direction: three divisions; the two auxiliary distances: two
-  square roots) are part of the record. On top of that: the cone, sphere and
-  disk paths compute a sine and cosine pair per ray (one `sincos` call, about
-  15 ns, more than the stores of the ray); differentials cost one or two
-  guarded normalisations (square root and division) each. The per-ray math,
-  not the stores, is the bound. The line and plane without differentials
-  (no trigonometry, one square root and four divisions) come within 3x of
-  the store bound; nothing with a sine does. Meeting 3x elsewhere would need
-  a vectorised sincos with the same bits as glibc's (none exists; a
-  different sincos changes outputs), and a ray record without the derived
-  fields (a change of the platform record, not of this library).
-- **Anisotropic generators**: the lobe sampling per ray (a power, an
-  arctangent, a sine and cosine, and the microfacet reflection or
-  refraction) is several times the cost of the stores; no plain reference
-  is timed here (the lobe's formulas are checked by the tests).
+  are part of the record: the inverse direction (three divisions) and the
+  two auxiliary distances (two square roots). On top of that the sphere,
+  disk and cosine cone compute a sine and cosine pair per ray (one `sincos`
+  call: 42% of the sphere's instructions, 44% of the disk's, 31% of the
+  cone's), and each differential costs a guarded normalisation (a square
+  root and a division). The per-ray math, not the stores, is the bound. The
+  line and plane without differentials (one square root and four
+  divisions, no trigonometry) are within 3x of the store bound in plain
+  mode; in discard mode the bound halves with the rays kept while every
+  sample is still evaluated. Meeting 3x elsewhere would need a vectorised
+  sincos with the bits of glibc's (none exists; another sincos changes
+  outputs) and a ray record without the derived fields (a change of the
+  platform record).
+- **Anisotropic generators**: the lobe sampling per ray: `pow`, `sincos`,
+  `tan` and `atan` from libm take about 45% of the instructions, the ray
+  with its reflected or refracted differentials about 27%. No plain
+  reference is timed for these (the lobe's formulas are checked by the
+  tests); the store bound column stands alone.
 - **Warps**: a sine/cosine pair (and a sine for the uniform hemispheres) per
   sample; the library path matches its plain reference.
 - **Surface scattering**: dominated by the area table build and, for blue
@@ -91,23 +98,40 @@ ratios are met where the per-item work is a handful of instructions.
   with up to 128 throws, each evaluated in world space and tested against
   the octree, so small counts on a large mesh cost as much as large ones.
   The throw sequence is part of the output, so the bound is algorithmic.
+- **Thread scaling**: the generators and samplers share only read-only data
+  (the generator record, the permutation table), so nothing serialises the
+  threads; the wall-clock speed-up measures how much of the second core the
+  other processes on the machine leave.
 
 ## Speed-ups kept bit-identical
 
 Each is proven by a test comparing the fast path with a plain path over at
-least a million random in-contract inputs:
+least a million random in-contract inputs (tests/<folder>/*_fast_path_test.cc):
 
 - Radical inverse in base 2 through bit reversal
   (tests/patterns/radical_inverse_test.cc).
 - Hammersley: record fields read once into locals before the loop (the
   stores through the output array could alias them).
+- Halton sampler: the division by the run-time base prepared once per call
+  (`DigitDivisor`: one wide multiplication per digit instead of a division,
+  exact for every 32-bit index) and the fields held in locals: about 1.5x in
+  base 3 (digit_divisor_fast_path_test.cc).
+- Hierarchical sampler: Sobol's second component eight bits at a time from
+  four 256-entry tables (the same XOR, no branch per bit): about 2.7x;
+  every mode's array walk runs on a local copy of the record
+  (hierarchical_fast_path_test.cc).
+- Stratified sampler: the record's fields held in locals across the draws
+  (the draw is an opaque call after which they would be reloaded): about
+  1.1x (stratified_fast_path_test.cc).
 - Uniform sphere generator: the warp runs inline from
   sampling/warps/polar_warp.h (shared with `Sampling::sphere_uniform`) and
   the ray constants are held in locals: about 1.15x
-  (tests/rays/uniform_sphere_fast_path_test.cc).
-- Line, plane and disk generators: the array paths read the generator from a
-  local copy, so the ray and weight stores cannot force reloads: about 1.1x
-  on the weighted paths (tests/rays/shape_ray_family_fast_path_test.cc).
+  (uniform_sphere_fast_path_test.cc).
+- Line, plane and disk generators, and the cosine-weighted cone: the array
+  paths read the generator from a local copy, so the ray and weight stores
+  cannot force reloads: about 1.1x on the weighted shape paths and the
+  cone's discard mode (shape_ray_family_fast_path_test.cc,
+  cosine_weighted_hemisphere_fast_path_test.cc).
 - Sine and cosine of the same angle are one `sincos` call (the compiler
   fuses them); tests/warps/sincos_identity_test.cc proves over 1.5 million
   angles that glibc's sincos gives the bits of sin and cos called apart.
