@@ -19,6 +19,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -26,6 +27,7 @@
 
 #include "platform/math/gmath_ray.h"
 #include "platform/math/gmath_vec2.h"
+#include "platform/math/gmath_vec3.h"
 #include "sampling/rays/sample_ray_generator.h"
 
 namespace bench {
@@ -104,6 +106,45 @@ typedef std::function<unsigned int(GMathVec2<double> const*, unsigned int const&
 void run_generator(benchmark::State& state, SampleRayGenerator const& generator,
                    std::vector<GMathVec2<double>> const& samples, bool const& weighted,
                    RaysReference const& reference);
+
+// ---- Plain formulas shared by the references -------------------------------
+// Written out with the library's decimal angle constants, independently of
+// the library's code.
+
+double const k_plain_pi = 3.141592653589;
+double const k_plain_two_pi = 6.283185307178;
+double const k_plain_half_pi = 1.5707963267945;
+double const k_plain_quarter_pi = 0.78539816339725;
+
+// Concentric square-to-disk map in polar form, sector by sector.
+inline void plain_concentric(double const& u, double const& v, double& r, double& phi) {
+  double const a = u * 2.0 - 1.0, b = v * 2.0 - 1.0;
+  if (a > -b) {
+    if (a > b) {
+      r = a;
+      phi = (b / a) * k_plain_quarter_pi;
+    } else {
+      r = b;
+      phi = (2.0 - a / b) * k_plain_quarter_pi;
+    }
+  } else if (a >= b) {
+    r = -b;
+    phi = -b > 0.0 ? (a / (-b) + 6.0) * k_plain_quarter_pi : 0.0;
+  } else {
+    r = -a;
+    phi = -a > 0.0 ? (4.0 - b / (-a)) * k_plain_quarter_pi : 0.0;
+  }
+}
+
+inline double plain_dot(GMathVec3<double> const& a, GMathVec3<double> const& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+// v / |v| when |v| > 1e-8, else the zero vector.
+inline GMathVec3<double> plain_normalize(GMathVec3<double> const& v) {
+  double const l = std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
+  return l > 1e-8 ? v * (1.0 / l) : GMathVec3<double>(0.0, 0.0, 0.0);
+}
 
 // `count` uniform samples of [0,1)^2 from a fixed seed, the common input of
 // the warps and the ray generators.

@@ -19,9 +19,8 @@ namespace {
 
 using Vec3 = GMathVec3<double>;
 constexpr unsigned int k_ray_count = 1024;
-double const k_pi = 3.141592653589;
-double const k_quarter_pi = 0.78539816339725;
-double const k_degree = 3.141592653589 / 180;
+double const k_pi = bench::k_plain_pi;
+double const k_degree = bench::k_plain_pi / 180;
 
 GMathRay bench_incoming_ray(bool differentials) {
   Vec3 d(0.3, 0.5, 0.8);
@@ -40,14 +39,8 @@ GMathRay bench_incoming_ray(bool differentials) {
 
 enum Mode { k_plain = 0, k_discard = 1, k_project = 2 };
 
-double plain_dot(Vec3 const& a, Vec3 const& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-Vec3 plain_normalize(Vec3 const& v) {
-  double const l = std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
-  return l > 1e-8 ? v * (1.0 / l) : Vec3(0.0, 0.0, 0.0);
-}
+using bench::plain_dot;
+using bench::plain_normalize;
 
 // The cone about the incoming direction n, half-angle h: the concentric map's
 // radius r and angle phi give s = r sin h, c = sqrt(1 - s^2), the direction
@@ -121,18 +114,8 @@ struct CosineReference {
                           GMathRay* rays, double* weights) const {
     unsigned int written = 0;
     for (unsigned int i = 0; i < count; ++i) {
-      double const a = samples[i].x * 2.0 - 1.0, b = samples[i].y * 2.0 - 1.0;
       double r, phi;
-      if (a > -b) {
-        r = a > b ? a : b;
-        phi = (a > b ? b / a : 2.0 - a / b) * k_quarter_pi;
-      } else if (a >= b) {
-        r = -b;
-        phi = -b > 0.0 ? (a / (-b) + 6.0) * k_quarter_pi : 0.0;
-      } else {
-        r = -a;
-        phi = -a > 0.0 ? (4.0 - b / (-a)) * k_quarter_pi : 0.0;
-      }
+      bench::plain_concentric(samples[i].x, samples[i].y, r, phi);
       double const s = r * sin_h, c = std::sqrt(1.0 - s * s);
       Vec3 w = world(std::cos(phi) * s, std::sin(phi) * s, c);
       Vec3 u = world(-std::sin(phi), std::cos(phi), 0.0);

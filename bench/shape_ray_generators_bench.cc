@@ -18,9 +18,8 @@ namespace {
 using Vec2 = GMathVec2<double>;
 using Vec3 = GMathVec3<double>;
 constexpr unsigned int k_count = 1024;
-double const k_pi = 3.141592653589;
-double const k_two_pi = 6.283185307178;
-double const k_quarter_pi = 0.78539816339725;
+double const k_pi = bench::k_plain_pi;
+double const k_two_pi = bench::k_plain_two_pi;
 
 // A rotated, scaled and moved frame, and an origin off every shape.
 GMathMatrix4x4<double> bench_frame() {
@@ -42,34 +41,9 @@ enum Shape { k_sphere, k_line, k_plane, k_disk };
 
 // ---- Plain references -------------------------------------------------------
 
-double plain_dot(Vec3 const& a, Vec3 const& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-// v / |v| when |v| > 1e-8, else 0.
-Vec3 plain_normalize(Vec3 const& v) {
-  double const l = std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
-  return l > 1e-8 ? v * (1.0 / l) : Vec3(0.0, 0.0, 0.0);
-}
-
-void plain_disk(double const& u, double const& v, double& r, double& phi) {
-  double const a = u * 2.0 - 1.0, b = v * 2.0 - 1.0;
-  if (a > -b) {
-    if (a > b) {
-      r = a;
-      phi = (b / a) * k_quarter_pi;
-    } else {
-      r = b;
-      phi = (2.0 - a / b) * k_quarter_pi;
-    }
-  } else if (a >= b) {
-    r = -b;
-    phi = -b > 0.0 ? (a / (-b) + 6.0) * k_quarter_pi : 0.0;
-  } else {
-    r = -a;
-    phi = -a > 0.0 ? (4.0 - b / (-a)) * k_quarter_pi : 0.0;
-  }
-}
+using bench::plain_concentric;
+using bench::plain_dot;
+using bench::plain_normalize;
 
 // Unit sphere about the centre: z = 1 - 2u, azimuth 2 pi v; the auxiliary
 // directions turn by atan((1 - reduction) 2 pi) towards the tangent and
@@ -129,7 +103,7 @@ struct ShapeReference {
     if (shape == k_plane)
       return Vec3(s.x - 0.5, s.y - 0.5, 0.0);
     double r, phi;
-    plain_disk(s.x, s.y, r, phi);
+    plain_concentric(s.x, s.y, r, phi);
     return Vec3(std::cos(phi) * r * k_disk_radius, std::sin(phi) * r * k_disk_radius,
                 0.0 * k_disk_radius);
   }

@@ -15,10 +15,9 @@ namespace {
 
 using Vec3 = GMathVec3<double>;
 unsigned const k_count = 4096;
-double const k_pi = 3.141592653589;
-double const k_two_pi = 6.283185307178;
-double const k_half_pi = 1.5707963267945;
-double const k_quarter_pi = 0.78539816339725;
+double const k_pi = bench::k_plain_pi;
+double const k_two_pi = bench::k_plain_two_pi;
+double const k_half_pi = bench::k_plain_half_pi;
 double const k_scale = 0.9;  // radius scale of the hemisphere warps
 
 // Output records: a polar pair, a point, or a point with its frame.
@@ -32,25 +31,7 @@ struct Frame {
   Vec3 d, t, b;
 };
 
-// Concentric square-to-disk map in polar form, sector by sector.
-void plain_disk(double const& u, double const& v, double& r, double& phi) {
-  double const a = u * 2.0 - 1.0, b = v * 2.0 - 1.0;
-  if (a > -b) {
-    if (a > b) {
-      r = a;
-      phi = (b / a) * k_quarter_pi;
-    } else {
-      r = b;
-      phi = (2.0 - a / b) * k_quarter_pi;
-    }
-  } else if (a >= b) {
-    r = -b;
-    phi = -b > 0.0 ? (a / (-b) + 6.0) * k_quarter_pi : 0.0;
-  } else {
-    r = -a;
-    phi = -a > 0.0 ? (4.0 - b / (-a)) * k_quarter_pi : 0.0;
-  }
-}
+using bench::plain_concentric;
 
 // (cos phi rho, sin phi rho, z), the tangent of increasing phi and the
 // bitangent towards +z.
@@ -68,7 +49,9 @@ struct ToUnitDisk {
   static void library(double const& u, double const& v, Out& o) {
     Sampling::to_unit_disk(u, v, o.r, o.phi);
   }
-  static void plain(double const& u, double const& v, Out& o) { plain_disk(u, v, o.r, o.phi); }
+  static void plain(double const& u, double const& v, Out& o) {
+    plain_concentric(u, v, o.r, o.phi);
+  }
 };
 
 struct DiskConcentric {
@@ -78,7 +61,7 @@ struct DiskConcentric {
   }
   static void plain(double const& u, double const& v, Out& o) {
     double r, phi;
-    plain_disk(u, v, r, phi);
+    plain_concentric(u, v, r, phi);
     polar(phi, r, 0.0, o);
   }
 };
@@ -90,7 +73,7 @@ struct DiskConcentricFrame {
   }
   static void plain(double const& u, double const& v, Out& o) {
     double r, phi;
-    plain_disk(u, v, r, phi);
+    plain_concentric(u, v, r, phi);
     o.d = Vec3(std::cos(phi) * r, std::sin(phi) * r, 0.0);
     o.t = Vec3(std::cos(phi), std::sin(phi), 0.0);
     o.b = Vec3(-std::sin(phi), std::cos(phi), 0.0);
@@ -124,7 +107,7 @@ struct HemisphereUniformConcentric {
   }
   static void plain(double const& u, double const& v, Out& o) {
     double r, phi;
-    plain_disk(u, v, r, phi);
+    plain_concentric(u, v, r, phi);
     double const rho = std::sin(r * k_half_pi) * k_scale;
     polar(phi, rho, std::sqrt(1.0 - rho * rho), o);
   }
@@ -156,7 +139,7 @@ struct HemisphereCosineConcentric {
   }
   static void plain(double const& u, double const& v, Out& o) {
     double r, phi;
-    plain_disk(u, v, r, phi);
+    plain_concentric(u, v, r, phi);
     double const rho = r * k_scale;
     polar(phi, rho, std::sqrt(1.0 - rho * rho), o);
   }

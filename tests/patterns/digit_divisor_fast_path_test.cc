@@ -7,10 +7,10 @@
 
 #include <cstring>
 #include <random>
-#include <vector>
 
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/samplers.h"
+#include "tests/patterns/single_packet_paths.h"
 
 namespace {
 
@@ -66,17 +66,7 @@ TEST(DigitDivisorFastPath, HaltonArrayPathsMatchTheOneSamplePath) {
     unsigned int const base = 2u + rng() % 40u;
     unsigned int const count = 1u + rng() % 8192u;
     sampler.init(rng(), count, 1, base);
-    std::vector<GMathVec2<double>> all(count), packet(count);
-    sampler.get_all_samples(all.data());
-    GMathVec2<double> c0, c1;
-    ASSERT_EQ(sampler.get_packet_samples(0, packet.data(), c0, c1), count);
-    EXPECT_TRUE(c0.x == 0.0 && c0.y == 0.0 && c1.x == 1.0 && c1.y == 1.0);
-    for (unsigned int i = 0; i < count; ++i) {
-      GMathVec2<double> one;
-      sampler.get_sample(i, one);
-      ASSERT_EQ(std::memcmp(&one, &all[i], sizeof one), 0) << "base " << base << " i " << i;
-      ASSERT_EQ(std::memcmp(&one, &packet[i], sizeof one), 0) << "base " << base << " i " << i;
-    }
+    ASSERT_TRUE(single_packet_paths_match_get_sample(sampler)) << "base " << base;
     compared += count;
   }
 }

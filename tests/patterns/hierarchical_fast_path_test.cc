@@ -4,13 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <random>
-#include <vector>
 
 #include "sampling/patterns/sobol_components.h"
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
+#include "tests/patterns/single_packet_paths.h"
 
 namespace {
 
@@ -36,16 +35,7 @@ TEST(HierarchicalSampler2dFastPath, ArrayPathsMatchTheOneSamplePathInEveryMode) 
     unsigned int const sets = 1u + rng() % 3u;
     sampler.set_mode(mode);
     sampler.init(rng(), count, sets, rng() % sets);
-    std::vector<GMathVec2<double>> all(count), packet(count);
-    sampler.get_all_samples(all.data());
-    GMathVec2<double> c0, c1;
-    ASSERT_EQ(sampler.get_packet_samples(0, packet.data(), c0, c1), count);
-    for (unsigned int i = 0; i < count; ++i) {
-      GMathVec2<double> one;
-      sampler.get_sample(i, one);
-      ASSERT_EQ(std::memcmp(&one, &all[i], sizeof one), 0) << "mode " << mode << " i " << i;
-      ASSERT_EQ(std::memcmp(&one, &packet[i], sizeof one), 0) << "mode " << mode << " i " << i;
-    }
+    ASSERT_TRUE(single_packet_paths_match_get_sample(sampler)) << "mode " << mode;
     compared += count;
   }
   Sampling::destroy();
