@@ -88,9 +88,8 @@ instructions.
   platform record).
 - **Anisotropic generators**: the lobe sampling per ray: `pow`, `sincos`,
   `tan` and `atan` from libm take about 45% of the instructions, the ray
-  with its reflected or refracted differentials about 27%. No plain
-  reference is timed for these (the lobe's formulas are checked by the
-  tests); the store bound column stands alone.
+  with its reflected or refracted differentials about 27%; the library path
+  runs at the speed of its plain reference.
 - **Warps**: a sine/cosine pair (and a sine for the uniform hemispheres) per
   sample; the library path matches its plain reference.
 - **Surface scattering**: dominated by the area table build and, for blue
@@ -353,6 +352,9 @@ def main():
     parser.add_argument("--run", metavar="BINARY", help="run this benchmark binary first")
     parser.add_argument("--json", default="build/release/perf.json",
                         help="benchmark JSON to write (with --run) or read")
+    parser.add_argument("--merge", action="append", default=[], metavar="JSON",
+                        help="a further run (e.g. of a filtered subset) whose results "
+                             "replace those of the same name; may be repeated")
     parser.add_argument("--out", default="docs/performance.md", help="document to write")
     parser.add_argument("--min-time", default="0.2", help="--benchmark_min_time of the run")
     parser.add_argument("--repetitions", type=int, default=3,
@@ -364,6 +366,11 @@ def main():
         os.makedirs(os.path.dirname(os.path.abspath(args.json)), exist_ok=True)
         command = run_suite(args.run, args.json, args.min_time, args.repetitions, args.extra)
     context, results = load_results(args.json)
+    for extra in args.merge:
+        _, more = load_results(extra)
+        replaced = {b.get("run_name", b["name"]): b for b in more}
+        results = [replaced.pop(b.get("run_name", b["name"]), b) for b in results]
+        results += list(replaced.values())
     write_doc(args.out, context, results, args.json, command)
     print("wrote", args.out, file=sys.stderr)
 
