@@ -203,7 +203,7 @@ def lscpu():
     return fields
 
 
-def write_doc(out_path, context, results, json_path, command):
+def write_doc(out_path, context, results, json_path, command, merged=()):
     lines = []
     add = lines.append
     add("# Performance")
@@ -237,6 +237,8 @@ def write_doc(out_path, context, results, json_path, command):
         add("- Google Benchmark library build type: %s"
             % context.get("library_build_type", "?"))
     add("- JSON: `%s`" % os.path.relpath(json_path))
+    for extra in merged:
+        add("- merged over it (same names replaced): `%s`" % os.path.relpath(extra))
     add("")
     add("## How to reproduce")
     add("")
@@ -371,7 +373,7 @@ def main():
         replaced = {b.get("run_name", b["name"]): b for b in more}
         results = [replaced.pop(b.get("run_name", b["name"]), b) for b in results]
         results += list(replaced.values())
-    write_doc(args.out, context, results, args.json, command)
+    write_doc(args.out, context, results, args.json, command, args.merge)
     print("wrote", args.out, file=sys.stderr)
 
 
