@@ -69,9 +69,11 @@ instructions.
   additions is the bound (about 160 instructions per sample in base 3).
   **Sobol**: two table look-up chains and a bit reversal; **random**: two
   table look-ups; **Hammersley** with its permutation: a look-up and the
-  bit reversal. These three come within 3x to 12x of the bound; the
+  bit reversal. These three come within 3x to 6x of the bound; the
   remaining gap is the integer-to-double conversions and the index
-  arithmetic per sample.
+  arithmetic per sample. (The store bound of these 64 KiB arrays, beyond
+  the L1 cache, itself varies between about 0.28 and 0.55 ns per sample
+  from run to run, which moves their ratios by up to 2x.)
 - **Ray generators**: each ray is a 240-byte `GMathRay` whose derived fields
   are part of the record: the inverse direction (three divisions) and the
   two auxiliary distances (two square roots). On top of that the sphere,
@@ -236,6 +238,9 @@ def write_doc(out_path, context, results, json_path, command, merged=()):
         add("  with other builds: ratios are more stable than absolute times)")
         add("- Google Benchmark library build type: %s"
             % context.get("library_build_type", "?"))
+    repetitions = max([b.get("repetitions", 1) for b in results] or [1])
+    if any(b.get("aggregate_name") == "median" for b in results):
+        add("- Values: median of %d repetitions of each benchmark" % repetitions)
     add("- JSON: `%s`" % os.path.relpath(json_path))
     for extra in merged:
         add("- merged over it (same names replaced): `%s`" % os.path.relpath(extra))
@@ -264,6 +269,9 @@ def write_doc(out_path, context, results, json_path, command, merged=()):
             threaded.setdefault(m.group("base"), {})[int(m.group("threads"))] = b
         else:
             single.append(b)
+    # One table per family, in the order of FAMILIES (the run's order within).
+    rank = {family: k for k, (_, family, _) in enumerate(FAMILIES)}
+    single.sort(key=lambda b: rank.get(family_of(b.get("run_name", b["name"]))[0], len(rank)))
 
     current = None
     met_count = 0
