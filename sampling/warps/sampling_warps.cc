@@ -5,6 +5,7 @@
 #include "sampling/sampling.h"
 #include "sampling/warps/concentric_map.h"
 #include "sampling/warps/polar_warp.h"
+#include "sampling/warps/shuffle_index.h"
 
 namespace {
 
@@ -131,20 +132,7 @@ void Sampling::sphere_cosine(double const& u, double const& v, GMathVec3<double>
   polar_frame(k_sampling_two_pi * v, std::sqrt(1.0 - z * z), z, direction, tangent, bitangent);
 }
 
+// The body lives in shuffle_index.h, inline, for the sample loops.
 unsigned int Sampling::shuffle_index(unsigned int const& index, unsigned int const& count) {
-  unsigned int result = 0;
-  unsigned int m = count;
-  unsigned int i = index;
-  while (i != 0) {
-    unsigned int const down = m >> 1;
-    unsigned int const up = down + (m & 1u);
-    if (i & 1u) {
-      result += up;
-      m = down;
-    } else {
-      m = up;
-    }
-    i >>= 1;
-  }
-  return result;
+  return shuffled_index(index, count);
 }
