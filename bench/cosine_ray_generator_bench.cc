@@ -1,160 +1,171 @@
 // CosineWeightedHemisphereRayGenerator::get_rays over 1024 samples, per
-// clipping mode and per kind of differentials: 0 = incoming ray without
-// differentials (the generated rays still get the cone's spread), 1 = with
-// incoming differentials, 2 = no differentials at all (incoming ray without
-// them and a negative angle, which opens the same cone). Each benchmark
-// also times, in the same run, a plain loop that writes the same number of
-// GMathRay records (the store bound), and reports
-//   store_ns        time of that loop for 1024 rays
-//   x_store_bound   generator time / store-bound time
-// next to the rays per second (items_per_second).
+// clipping mode (plain, discard, project), kind of differentials (0 = incoming
+// ray without differentials: the rays still get the cone's spread; 1 = with
+// incoming differentials; 2 = none at all: an incoming ray without them and
+// a negative angle) and weight array, beside a plain reference written from
+// the cone's formulas (rays and weights checked bit for bit before timing)
+// and the store bound of the rays and weights written.
 
 #include <benchmark/benchmark.h>
 
-#include <time.h>
-#include <algorithm>
 #include <cmath>
-#include <random>
 #include <string>
 #include <vector>
 
+#include "bench/bench_support.h"
 #include "sampling/ray_generators.h"
 
 namespace {
 
+using Vec3 = GMathVec3<double>;
 constexpr unsigned int k_ray_count = 1024;
-
-// CPU time of this thread in nanoseconds: both sides of a ratio are timed on
-// the same clock, which other processes on the machine do not advance.
-double thread_ns() {
-  timespec t;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) * 1e9 + static_cast<double>(t.tv_nsec);
-}
-
-std::vector<GMathVec2<double>> bench_samples() {
-  std::mt19937_64 rng(2024);
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
-  std::vector<GMathVec2<double>> samples(k_ray_count);
-  for (GMathVec2<double>& s : samples)
-    s = GMathVec2<double>(uniform(rng), uniform(rng));
-  return samples;
-}
+double const k_pi = bench::k_plain_pi;
+double const k_degree = bench::k_plain_pi / 180;
 
 GMathRay bench_incoming_ray(bool differentials) {
-  GMathVec3<double> d(0.3, 0.5, 0.8);
+  Vec3 d(0.3, 0.5, 0.8);
   d = d * (1.0 / d.length());
-  GMathRay ray(GMathVec3<double>(1.0, 2.0, 3.0), d);
+  GMathRay ray(Vec3(1.0, 2.0, 3.0), d);
   if (differentials) {
     GMathRayDifferential diff;
-    diff.m_rx_origin = ray.m_origin + GMathVec3<double>(0.01, 0.0, 0.0);
-    diff.m_ry_origin = ray.m_origin + GMathVec3<double>(0.0, 0.01, 0.0);
-    diff.m_rx_direction = d * 0.999 + GMathVec3<double>(0.0447, 0.0, 0.0);
-    diff.m_ry_direction = d * 0.999 + GMathVec3<double>(0.0, 0.0447, 0.0);
+    diff.m_rx_origin = ray.m_origin + Vec3(0.01, 0.0, 0.0);
+    diff.m_ry_origin = ray.m_origin + Vec3(0.0, 0.01, 0.0);
+    diff.m_rx_direction = d * 0.999 + Vec3(0.0447, 0.0, 0.0);
+    diff.m_ry_direction = d * 0.999 + Vec3(0.0, 0.0447, 0.0);
     ray.set_differentials(diff);
   }
   return ray;
 }
 
-// The store bound: k_ray_count whole GMathRay records written in a plain loop.
-void store_rays(GMathRay const& source, GMathRay* rays) {
-  for (unsigned int i = 0; i < k_ray_count; ++i)
-    rays[i] = source;
-  benchmark::DoNotOptimize(rays);
-  benchmark::ClobberMemory();
-}
-
-// Best of several timed batches of the store loop, in nanoseconds per loop.
-double store_bound_ns(GMathRay* rays) {
-  GMathRay const source = bench_incoming_ray(true);
-  int const reps = 2000;
-  double best = INFINITY;
-  for (int batch = 0; batch < 5; ++batch) {
-    double const start = thread_ns();
-    for (int r = 0; r < reps; ++r)
-      store_rays(source, rays);
-    best = std::min(best, (thread_ns() - start) / reps);
-  }
-  return best;
-}
-
 enum Mode { k_plain = 0, k_discard = 1, k_project = 2 };
+
+using bench::plain_dot;
+using bench::plain_normalize;
+
+// The cone about the incoming direction n, half-angle h: the concentric map's
+// radius r and angle phi give s = r sin h, c = sqrt(1 - s^2), the direction
+// t1 s cos phi + t2 s sin phi + n c with the tangents of increasing phi and
+// of increasing r; the auxiliary directions turn towards those tangents by
+// the cone's spread, atan((1 - reduction) h), plus the incoming spread.
+struct CosineReference {
+  Mode mode;
+  Vec3 clip;
+  GMathRay middle;  // origin, type, time and differential origins
+  Vec3 t1, t2, n;
+  double sin_h, cx, sx, cy, sy;
+
+  CosineReference(GMathRay const& ray, double const& angle, double const& reduction, Mode m,
+                  Vec3 const& clip_normal)
+      : mode(m), clip(clip_normal), middle(ray), n(ray.m_direction) {
+    double a = std::fabs(angle) * k_degree;
+    a = a > 0.0 ? (a >= k_pi ? k_pi : a) : 0.0;
+    double const h = 0.5 * a;
+    sin_h = std::sin(h);
+    t1 = plain_normalize(cross(Vec3(0.0, 1.0, 0.0), n));
+    t2 = cross(n, t1);
+    if (angle <= 1e-8 && !ray.m_has_differentials)
+      return;
+    double tx = (1.0 - reduction) * h, ty = (1.0 - reduction) * h, rx = 0.0, ry = 0.0;
+    GMathRayDifferential const& in = ray.m_differential;
+    if (ray.m_has_differentials) {
+      double ccx = plain_dot(n, in.m_rx_direction), ccy = plain_dot(n, in.m_ry_direction);
+      ccx = ccx <= 0.0 ? 0.0 : (ccx >= 1.0 ? 1.0 : ccx);  // cosines clamped to [0, 1]
+      ccy = ccy <= 0.0 ? 0.0 : (ccy >= 1.0 ? 1.0 : ccy);
+      tx += std::sqrt(1.0 - ccx * ccx) / ccx;
+      ty += std::sqrt(1.0 - ccy * ccy) / ccy;
+      Vec3 const ox = in.m_rx_origin - ray.m_origin, oy = in.m_ry_origin - ray.m_origin;
+      rx = std::sqrt(plain_dot(ox, t1) * plain_dot(ox, t1) + plain_dot(ox, t2) * plain_dot(ox, t2));
+      ry = std::sqrt(plain_dot(oy, t1) * plain_dot(oy, t1) + plain_dot(oy, t2) * plain_dot(oy, t2));
+    }
+    cx = 1.0 / std::sqrt(tx * tx + 1.0);
+    sx = cx * tx;
+    cy = 1.0 / std::sqrt(ty * ty + 1.0);
+    sy = cy * ty;
+    GMathRayDifferential d;
+    d.m_rx_origin = ray.m_origin + t1 * rx;
+    d.m_ry_origin = ray.m_origin + t2 * ry;
+    d.m_rx_direction = n * cx + t1 * sx;
+    d.m_ry_direction = n * cy + t2 * sy;
+    middle.set_differentials(d);
+  }
+
+  Vec3 world(double const& x, double const& y, double const& z) const {
+    return t1 * x + t2 * y + n * z;
+  }
+
+  void build(Vec3 const& w, Vec3 const& u, Vec3 const& v, GMathRay& ray) const {
+    ray.m_origin = middle.m_origin;
+    ray.set_direction(w);
+    ray.m_type = middle.m_type;
+    ray.m_time = middle.m_time;
+    if (middle.m_has_differentials) {
+      GMathRayDifferential d = middle.m_differential;
+      d.m_rx_direction = w * cx + u * sx;
+      d.m_ry_direction = w * cy + v * sy;
+      ray.set_differentials(d);
+    } else {
+      ray.m_has_differentials = false;
+      ray.m_aux[0] = ray.m_aux[1] = 0.0;
+    }
+    ray.m_aux_cleared[0] = ray.m_aux_cleared[1] = 0.0;
+  }
+
+  unsigned int operator()(GMathVec2<double> const* samples, unsigned int const& count,
+                          GMathRay* rays, double* weights) const {
+    unsigned int written = 0;
+    for (unsigned int i = 0; i < count; ++i) {
+      double r, phi;
+      bench::plain_concentric(samples[i].x, samples[i].y, r, phi);
+      double const s = r * sin_h, c = std::sqrt(1.0 - s * s);
+      Vec3 w = world(std::cos(phi) * s, std::sin(phi) * s, c);
+      Vec3 u = world(-std::sin(phi), std::cos(phi), 0.0);
+      Vec3 v = world(-c * std::cos(phi), -c * std::sin(phi), s);
+      double const d = plain_dot(w, clip);
+      if (mode == k_discard && !(d > 0.0))
+        continue;
+      if (mode == k_project && d < 0.0) {
+        w = plain_normalize(w - clip * d);
+        u = plain_normalize(u - w * plain_dot(u, w));
+        v = plain_normalize(v - w * plain_dot(v, w));
+      }
+      build(w, u, v, rays[written]);
+      if (weights)
+        weights[written] = 1.0;
+      ++written;
+    }
+    return written;
+  }
+};
 
 void BM_CosineGetRays(benchmark::State& state) {
   Mode const mode = static_cast<Mode>(state.range(0));
   int const kind = static_cast<int>(state.range(1));
-  bool const differentials = kind == 1;
-  std::vector<GMathVec2<double>> const samples = bench_samples();
-  std::vector<GMathRay> rays(k_ray_count);
-  std::vector<double> weights(k_ray_count);
+  bool const weighted = state.range(2) != 0;
+  GMathRay const incoming = bench_incoming_ray(kind == 1);
+  double const angle = kind == 2 ? -120.0 : 120.0;
   CosineWeightedHemisphereRayGenerator generator;
-  generator.init(bench_incoming_ray(differentials), kind == 2 ? -120.0 : 120.0, 0.5, 0.5);
+  generator.init(incoming, angle, 0.5, 0.5);
   // A clipping plane that cuts the cone near its axis, so that the discard
   // and project modes take both branches.
   GMathMatrix4x4<double> const& m = generator.get_matrix();
-  GMathVec3<double> const normal(m(0, 0), m(1, 0), m(2, 0));
+  Vec3 const normal(m(0, 0), m(1, 0), m(2, 0));
   if (mode == k_discard)
     generator.discard_clipped_samples(normal);
   if (mode == k_project)
     generator.project_clipped_samples(normal);
-  SampleRayGenerator const& g = generator;
-
-  double const store_ns = store_bound_ns(rays.data());
-  unsigned int written = 0;
-  double const start = thread_ns();
-  for (auto _ : state) {
-    written = g.get_rays(samples.data(), k_ray_count, rays.data(), weights.data());
-    benchmark::DoNotOptimize(rays.data());
-    benchmark::ClobberMemory();
-  }
-  double const generator_ns = (thread_ns() - start) / static_cast<double>(state.iterations());
-  state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * k_ray_count);
-  state.counters["rays_written"] = written;
-  state.counters["store_ns"] = store_ns;
-  state.counters["x_store_bound"] = generator_ns / store_ns;
+  static std::vector<GMathVec2<double>> const samples = bench::unit_samples(k_ray_count, 2024);
+  bench::run_generator(state, generator, samples, weighted,
+                       CosineReference(incoming, angle, 0.5, mode, normal));
   state.SetLabel(std::string(mode == k_plain     ? "plain"
                              : mode == k_discard ? "discard"
                                                  : "project") +
                  (kind == 0   ? "/cone-spread-only"
                   : kind == 1 ? "/incoming-differentials"
-                              : "/no-differentials"));
+                              : "/no-differentials") +
+                 (weighted ? "/weights" : "/no-weights"));
 }
-BENCHMARK(BM_CosineGetRays)->ArgsProduct({{k_plain, k_discard, k_project}, {0, 1, 2}});
-
-// The same rays one get_ray call at a time, for the dispatch saved by get_rays.
-void BM_CosineGetRayLoop(benchmark::State& state) {
-  bool const differentials = state.range(0) != 0;
-  std::vector<GMathVec2<double>> const samples = bench_samples();
-  std::vector<GMathRay> rays(k_ray_count);
-  std::vector<double> weights(k_ray_count);
-  CosineWeightedHemisphereRayGenerator generator;
-  generator.init(bench_incoming_ray(differentials), 120.0, 0.5, 0.5);
-  SampleRayGenerator const& g = generator;
-  double const store_ns = store_bound_ns(rays.data());
-  double const start = thread_ns();
-  for (auto _ : state) {
-    for (unsigned int i = 0; i < k_ray_count; ++i)
-      g.get_ray(samples[i], rays[i], &weights[i]);
-    benchmark::DoNotOptimize(rays.data());
-    benchmark::ClobberMemory();
-  }
-  double const elapsed_ns = thread_ns() - start;
-  state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * k_ray_count);
-  state.counters["store_ns"] = store_ns;
-  state.counters["x_store_bound"] = elapsed_ns / static_cast<double>(state.iterations()) / store_ns;
-}
-BENCHMARK(BM_CosineGetRayLoop)->Arg(0)->Arg(1);
-
-// The store bound on its own.
-void BM_CosineStoreBound(benchmark::State& state) {
-  std::vector<GMathRay> rays(k_ray_count);
-  GMathRay const source = bench_incoming_ray(true);
-  for (auto _ : state)
-    store_rays(source, rays.data());
-  state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * k_ray_count);
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * k_ray_count *
-                          sizeof(GMathRay));
-}
-BENCHMARK(BM_CosineStoreBound);
+BENCHMARK(BM_CosineGetRays)
+    ->ArgNames({"mode", "diff", "weights"})
+    ->ArgsProduct({{k_plain, k_discard, k_project}, {0, 1, 2}, {0, 1}});
 
 }  // namespace

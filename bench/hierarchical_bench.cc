@@ -1,10 +1,7 @@
-// Hierarchical and Halton samplers against plain references written from
-// their formulas, and the one-time cost of the shared permutations.
-//
-// Each library benchmark sits beside a reference that computes the same
-// points with straightforward loops (checked bit for bit before timing) and
-// beside the store bound, a loop writing the same bytes; items per second
-// of the three give the ratios.
+// Hierarchical and Halton samplers (get_all_samples and get_packet_samples)
+// against plain references written from their formulas and the store bound
+// of the same GMathVec2<double> array, and the build of the shared
+// permutations against its plain reference.
 
 #include <benchmark/benchmark.h>
 
@@ -12,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "bench/bench_support.h"
 #include "platform/random/grandom_fast_mt.h"
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
@@ -123,14 +121,6 @@ void ref_points(HierarchicalSampler2d::Mode const& mode, unsigned int const& see
   }
 }
 
-bool same_points(std::vector<GMathVec2<double>> const& a, std::vector<GMathVec2<double>> const& b) {
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (a[i].x != b[i].x || a[i].y != b[i].y)
-      return false;
-  }
-  return true;
-}
-
 char const* const k_mode_names[] = {"random", "hammersley", "halton", "sobol"};
 unsigned int const k_seed = 4711;
 
@@ -142,95 +132,93 @@ struct LibraryStarted {
 // ---- Shared permutations ----------------------------------------------------
 
 // All 2048 permutations built through Hammersley-mode inits, on a fresh
-// table each iteration.
+// table each time, against the plain greedy walk; the store bound writes the
+// 2048 * 2049 / 2 indices.
 void BM_PermutationBuildAll(benchmark::State& state) {
   HierarchicalSampler2d sampler;
-  for (auto _ : state) {
-    Sampling::init();
-    for (unsigned int m = 1; m <= 2048; ++m)
-      sampler.init(0, m, 1, 0);
-    Sampling::destroy();
-    benchmark::ClobberMemory();
+  unsigned int const m_max = 2048;
+  // Check: every table entry equals the reference walk.
+  Sampling::init();
+  for (unsigned int m = 1; m <= m_max; m += 97) {
+    sampler.init(0, m, 1, 0);
+    std::vector<GMathVec2<double>> out(m), check(m);
+    sampler.get_all_samples(out.data());
+    ref_points(HierarchicalSampler2d::HAMMERSLEY, 0, m, ref_permutation(m), check.data());
+    if (!bench::check_same(state, out, check, "permutation points")) {
+      Sampling::destroy();
+      return;
+    }
   }
-  state.SetItemsProcessed(state.iterations() * 2048);
+  Sampling::destroy();
+  std::vector<unsigned int> indices(m_max * (m_max + 1) / 2);
+  bench::run(
+      state, m_max,
+      [&] {
+        Sampling::init();
+        for (unsigned int m = 1; m <= m_max; ++m)
+          sampler.init(0, m, 1, 0);
+        Sampling::destroy();
+      },
+      [&] {
+        for (unsigned int m = 1; m <= m_max; ++m)
+          benchmark::DoNotOptimize(ref_permutation(m).data());
+      },
+      [&] { bench::store_records(indices.data(), indices.size(), 7u); });
 }
-BENCHMARK(BM_PermutationBuildAll)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PermutationBuildAll)->Unit(benchmark::kMillisecond)->Iterations(3);
 
-void BM_PermutationBuildAllReference(benchmark::State& state) {
-  for (auto _ : state) {
-    for (unsigned int m = 1; m <= 2048; ++m)
-      benchmark::DoNotOptimize(ref_permutation(m).data());
-  }
-  state.SetItemsProcessed(state.iterations() * 2048);
-}
-BENCHMARK(BM_PermutationBuildAllReference)->Unit(benchmark::kMillisecond);
-
-// ---- get_all_samples per mode ----------------------------------------------
+// ---- get_all_samples and get_packet_samples per mode ------------------------
 
 void hierarchical_args(benchmark::internal::Benchmark* b) {
+  b->ArgNames({"mode", "n", "packet"});
   for (int mode = 0; mode < 4; ++mode) {
-    for (int n : {256, 4096})
-      b->Args({mode, n});
+    for (int n : {256, 4096}) {
+      for (int packet : {0, 1})
+        b->Args({mode, n, packet});
+    }
   }
 }
 
-// Times get_all_samples of `sampler`, after checking its points bit for bit
-// against `expected`.
-void time_all_samples(benchmark::State& state, Sampler2d& sampler,
-                      std::vector<GMathVec2<double>> const& expected) {
-  std::vector<GMathVec2<double>> samples(expected.size());
-  sampler.get_all_samples(samples.data());
-  if (!same_points(samples, expected))
-    state.SkipWithError("differs from the reference");
-  for (auto _ : state) {
-    sampler.get_all_samples(samples.data());
-    benchmark::ClobberMemory();
+// Times `sampler`'s get_all_samples (or its one packet) against `reference`,
+// after checking its points bit for bit against the reference's.
+void time_sampler(benchmark::State& state, Sampler2d& sampler, bool const& packet,
+                  std::function<void(GMathVec2<double>*)> const& reference) {
+  unsigned int const n = sampler.get_sample_count();
+  std::vector<GMathVec2<double>> samples(n), expected(n);
+  GMathVec2<double> c0, c1;
+  auto const library = [&] {
+    if (packet)
+      sampler.get_packet_samples(0, samples.data(), c0, c1);
+    else
+      sampler.get_all_samples(samples.data());
+  };
+  library();
+  reference(expected.data());
+  if (!bench::check_same(state, samples, expected))
+    return;
+  if (packet && !(c0.x == 0.0 && c0.y == 0.0 && c1.x == 1.0 && c1.y == 1.0)) {
+    state.SkipWithError("packet box is not the unit square");
+    return;
   }
-  state.SetItemsProcessed(state.iterations() * expected.size());
+  bench::run(
+      state, n, library, [&] { reference(expected.data()); },
+      [&] { bench::store_records(expected.data(), n, GMathVec2<double>(0.25, 0.5)); });
 }
 
-void BM_HierarchicalAllSamples(benchmark::State& state) {
+void BM_HierarchicalSamples(benchmark::State& state) {
   LibraryStarted library;
   auto const mode = static_cast<HierarchicalSampler2d::Mode>(state.range(0));
   unsigned int const n = static_cast<unsigned int>(state.range(1));
   HierarchicalSampler2d sampler(mode);
   sampler.init(k_seed, n, 1, 0);
-  std::vector<GMathVec2<double>> expected(n);
-  ref_points(mode, k_seed, n, n <= 2048 ? ref_permutation(n) : std::vector<unsigned int>(),
-             expected.data());
-  time_all_samples(state, sampler, expected);
+  std::vector<unsigned int> const permutation =
+      n <= 2048 ? ref_permutation(n) : std::vector<unsigned int>();
+  time_sampler(state, sampler, state.range(2) != 0,
+               [&](GMathVec2<double>* out) { ref_points(mode, k_seed, n, permutation, out); });
   state.SetLabel(mode == HierarchicalSampler2d::HAMMERSLEY && n > 2048 ? "hammersley->halton"
                                                                        : k_mode_names[mode]);
 }
-BENCHMARK(BM_HierarchicalAllSamples)->Apply(hierarchical_args);
-
-void BM_HierarchicalAllSamplesReference(benchmark::State& state) {
-  auto const mode = static_cast<HierarchicalSampler2d::Mode>(state.range(0));
-  unsigned int const n = static_cast<unsigned int>(state.range(1));
-  std::vector<unsigned int> const permutation =
-      n <= 2048 ? ref_permutation(n) : std::vector<unsigned int>();
-  std::vector<GMathVec2<double>> samples(n);
-  for (auto _ : state) {
-    ref_points(mode, k_seed, n, permutation, samples.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations() * n);
-  state.SetLabel(k_mode_names[mode]);
-}
-BENCHMARK(BM_HierarchicalAllSamplesReference)->Apply(hierarchical_args);
-
-// Writing the same bytes: the floor for any sampler of n points.
-void BM_HierarchicalStoreBound(benchmark::State& state) {
-  unsigned int const n = static_cast<unsigned int>(state.range(0));
-  std::vector<GMathVec2<double>> samples(n);
-  for (auto _ : state) {
-    for (unsigned int i = 0; i < n; ++i)
-      samples[i] = GMathVec2<double>(i * 0x1p-12, 0.5);
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations() * n);
-}
-BENCHMARK(BM_HierarchicalStoreBound)->Arg(256)->Arg(4096);
+BENCHMARK(BM_HierarchicalSamples)->Apply(hierarchical_args);
 
 // ---- Halton with a base chosen at run time ----------------------------------
 
@@ -243,25 +231,13 @@ void ref_halton(unsigned int const& base, GMathVec2<double>* out) {
   }
 }
 
-void BM_HaltonAllSamples(benchmark::State& state) {
+void BM_HaltonSamples(benchmark::State& state) {
   unsigned int const base = static_cast<unsigned int>(state.range(0));
   HaltonSampler2d sampler;
   sampler.init(k_seed, k_halton_count, 1, base);
-  std::vector<GMathVec2<double>> expected(k_halton_count);
-  ref_halton(base, expected.data());
-  time_all_samples(state, sampler, expected);
+  time_sampler(state, sampler, state.range(1) != 0,
+               [&](GMathVec2<double>* out) { ref_halton(base, out); });
 }
-BENCHMARK(BM_HaltonAllSamples)->Arg(3)->Arg(7)->Arg(31);
-
-void BM_HaltonAllSamplesReference(benchmark::State& state) {
-  unsigned int const base = static_cast<unsigned int>(state.range(0));
-  std::vector<GMathVec2<double>> samples(k_halton_count);
-  for (auto _ : state) {
-    ref_halton(base, samples.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations() * k_halton_count);
-}
-BENCHMARK(BM_HaltonAllSamplesReference)->Arg(3)->Arg(7)->Arg(31);
+BENCHMARK(BM_HaltonSamples)->ArgNames({"base", "packet"})->ArgsProduct({{3, 7, 31}, {0, 1}});
 
 }  // namespace

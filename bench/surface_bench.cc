@@ -1,12 +1,15 @@
 // Surface scattering over a ~10K-triangle heightfield: white and blue noise
-// by count, and the dart test on its own with the octree against a plain
-// scan of every accepted point.
+// by count (with and without world-space evaluation) against the store bound
+// of the descriptors they write, and the dart test on its own with the
+// octree against its plain reference, a scan of every accepted point (same
+// points kept, checked before timing). Shared helper: bench_support.h.
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 #include <vector>
 
+#include "bench/bench_support.h"
 #include "platform/geometry/geometry_mesh.h"
 #include "platform/octree/octree.h"
 #include "platform/random/grandom_mt.h"
@@ -39,62 +42,50 @@ GeometryMesh const& terrain() {
 
 unsigned int const k_all = 0xFFFFFFFFu;
 
-void BM_SurfaceRandomNoise(benchmark::State& state) {
-  unsigned int const count = static_cast<unsigned int>(state.range(0));
-  CoreArray<GeometryPrimitiveSampleDescriptor> descriptors;
-  double spacing = 0.0;
-  for (auto _ : state) {
-    Sampling::surface_random_noise_count(CtxEval(), terrain(), GMathMatrix4x4<double>(), count,
-                                         descriptors, spacing, k_all);
-    benchmark::DoNotOptimize(descriptors.data());
-  }
-  state.SetItemsProcessed(state.iterations() * count);
-}
-
-void BM_SurfaceRandomNoiseEvaluated(benchmark::State& state) {
+// White (blue) noise by count: `evaluated` adds positions and surface
+// vectors. Items are placed points; the store bound writes as many
+// descriptors (and three vectors each when evaluated).
+void surface_noise(benchmark::State& state, bool const& blue, bool const& evaluated) {
   unsigned int const count = static_cast<unsigned int>(state.range(0));
   CoreArray<GeometryPrimitiveSampleDescriptor> descriptors;
   CoreArray<GMathVec3<double>> positions, a, b;
   double spacing = 0.0;
-  for (auto _ : state) {
-    Sampling::surface_random_noise_count(CtxEval(), terrain(), GMathMatrix4x4<double>(), count,
+  auto const scatter = [&] {
+    if (blue && evaluated)
+      Sampling::surface_blue_noise_count(CtxEval(), terrain(), GMathMatrix4x4<double>(), count,
                                          descriptors, positions, a, b, spacing, k_all);
-    benchmark::DoNotOptimize(positions.data());
-  }
-  state.SetItemsProcessed(state.iterations() * count);
+    else if (blue)
+      Sampling::surface_blue_noise_count(CtxEval(), terrain(), GMathMatrix4x4<double>(), count,
+                                         descriptors, spacing, k_all);
+    else if (evaluated)
+      Sampling::surface_random_noise_count(CtxEval(), terrain(), GMathMatrix4x4<double>(), count,
+                                           descriptors, positions, a, b, spacing, k_all);
+    else
+      Sampling::surface_random_noise_count(CtxEval(), terrain(), GMathMatrix4x4<double>(), count,
+                                           descriptors, spacing, k_all);
+  };
+  scatter();
+  unsigned int const placed = descriptors.count();
+  std::vector<GeometryPrimitiveSampleDescriptor> store(placed);
+  std::vector<GMathVec3<double>> store_vectors(evaluated ? 3 * placed : 0);
+  bench::run(state, placed, scatter, std::function<void()>(), [&] {
+    bench::store_records(store.data(), placed, GeometryPrimitiveSampleDescriptor{1, 0.25f, 0.5f});
+    bench::store_records(store_vectors.data(), store_vectors.size(), GMathVec3<double>());
+  });
+  state.counters["placed"] = placed;
 }
 
-// Reference for the white noise: the draws and the descriptor stores alone
-// (two generator outputs per point, written to an array of the same size),
-// without the area table.
-void BM_SurfaceRandomNoiseDrawsOnly(benchmark::State& state) {
-  unsigned int const count = static_cast<unsigned int>(state.range(0));
-  CoreArray<GeometryPrimitiveSampleDescriptor> descriptors;
-  for (auto _ : state) {
-    GRandomMt rng(1);
-    descriptors.resize(count);
-    for (unsigned int i = 0; i < count; ++i) {
-      double const u = rng.genrand_int32() * 2.3283064370807974e-10;
-      double const v = rng.genrand_int32() * 2.3283064370807974e-10;
-      descriptors[i] =
-          GeometryPrimitiveSampleDescriptor{i, static_cast<float>(u), static_cast<float>(v)};
-    }
-    benchmark::DoNotOptimize(descriptors.data());
-  }
-  state.SetItemsProcessed(state.iterations() * count);
+void BM_SurfaceRandomNoise(benchmark::State& state) {
+  surface_noise(state, false, false);
 }
-
+void BM_SurfaceRandomNoiseEvaluated(benchmark::State& state) {
+  surface_noise(state, false, true);
+}
 void BM_SurfaceBlueNoise(benchmark::State& state) {
-  unsigned int const count = static_cast<unsigned int>(state.range(0));
-  CoreArray<GeometryPrimitiveSampleDescriptor> descriptors;
-  double spacing = 0.0;
-  for (auto _ : state) {
-    Sampling::surface_blue_noise_count(CtxEval(), terrain(), GMathMatrix4x4<double>(), count,
-                                       descriptors, spacing, k_all);
-    benchmark::DoNotOptimize(descriptors.data());
-  }
-  state.SetItemsProcessed(state.iterations() * descriptors.count());
-  state.counters["placed"] = static_cast<double>(descriptors.count());
+  surface_noise(state, true, false);
+}
+void BM_SurfaceBlueNoiseEvaluated(benchmark::State& state) {
+  surface_noise(state, true, true);
 }
 
 // The dart test alone: candidates are 4 x count white-noise points of the
@@ -128,56 +119,57 @@ Darts const& darts(unsigned int const& count) {
   return cache.back().second;
 }
 
-void BM_SurfaceDartsOctree(benchmark::State& state) {
-  Darts const& d = darts(static_cast<unsigned int>(state.range(0)));
-  std::size_t kept = 0;
-  for (auto _ : state) {
-    Octree tree;
-    tree.create(d.m_box, 6);
-    kept = 0;
-    for (GMathVec3<double> const& p : d.m_candidates) {
-      if (!tree.overlap(p, d.m_radius)) {
-        tree.add(p, d.m_radius);
-        ++kept;
-      }
+// Kept points of the dart test with the octree, and with the plain scan of
+// every kept point.
+std::vector<GMathVec3<double>> darts_octree(Darts const& d) {
+  std::vector<GMathVec3<double>> kept;
+  Octree tree;
+  tree.create(d.m_box, 6);
+  for (GMathVec3<double> const& p : d.m_candidates) {
+    if (!tree.overlap(p, d.m_radius)) {
+      tree.add(p, d.m_radius);
+      kept.push_back(p);
     }
-    benchmark::DoNotOptimize(kept);
   }
-  state.SetItemsProcessed(state.iterations() * d.m_candidates.size());
-  state.counters["kept"] = static_cast<double>(kept);
+  return kept;
 }
 
-// Plain reference: the collision predicate against every kept point.
-void BM_SurfaceDartsBruteForce(benchmark::State& state) {
-  Darts const& d = darts(static_cast<unsigned int>(state.range(0)));
-  std::size_t kept = 0;
-  for (auto _ : state) {
-    std::vector<GMathVec3<double>> accepted;
-    for (GMathVec3<double> const& p : d.m_candidates) {
-      bool hit = false;
-      double const reach = d.m_radius + d.m_radius;
-      for (GMathVec3<double> const& q : accepted) {
-        double const dx = p.x - q.x, dy = p.y - q.y, dz = p.z - q.z;
-        if (dx * dx + dy * dy + dz * dz < reach * reach) {
-          hit = true;
-          break;
-        }
+std::vector<GMathVec3<double>> darts_scan(Darts const& d) {
+  std::vector<GMathVec3<double>> accepted;
+  double const reach = d.m_radius + d.m_radius;
+  for (GMathVec3<double> const& p : d.m_candidates) {
+    bool hit = false;
+    for (GMathVec3<double> const& q : accepted) {
+      double const dx = p.x - q.x, dy = p.y - q.y, dz = p.z - q.z;
+      if (dx * dx + dy * dy + dz * dz < reach * reach) {
+        hit = true;
+        break;
       }
-      if (!hit)
-        accepted.push_back(p);
     }
-    kept = accepted.size();
-    benchmark::DoNotOptimize(kept);
+    if (!hit)
+      accepted.push_back(p);
   }
-  state.SetItemsProcessed(state.iterations() * d.m_candidates.size());
-  state.counters["kept"] = static_cast<double>(kept);
+  return accepted;
+}
+
+void BM_SurfaceDarts(benchmark::State& state) {
+  Darts const& d = darts(static_cast<unsigned int>(state.range(0)));
+  std::vector<GMathVec3<double>> const kept = darts_octree(d);
+  if (!bench::check_same(state, kept, darts_scan(d), "octree and scan kept points"))
+    return;
+  std::vector<GMathVec3<double>> store(kept.size());
+  bench::run(
+      state, static_cast<double>(d.m_candidates.size()),
+      [&] { benchmark::DoNotOptimize(darts_octree(d).data()); },
+      [&] { benchmark::DoNotOptimize(darts_scan(d).data()); },
+      [&] { bench::store_records(store.data(), store.size(), GMathVec3<double>(1.0, 2.0, 3.0)); });
+  state.counters["kept"] = static_cast<double>(kept.size());
 }
 
 }  // namespace
 
-BENCHMARK(BM_SurfaceRandomNoise)->Arg(1000)->Arg(10000)->Arg(100000);
-BENCHMARK(BM_SurfaceRandomNoiseEvaluated)->Arg(1000)->Arg(10000)->Arg(100000);
-BENCHMARK(BM_SurfaceRandomNoiseDrawsOnly)->Arg(1000)->Arg(10000)->Arg(100000);
-BENCHMARK(BM_SurfaceBlueNoise)->Arg(1000)->Arg(10000)->Arg(30000);
-BENCHMARK(BM_SurfaceDartsOctree)->Arg(1000)->Arg(10000);
-BENCHMARK(BM_SurfaceDartsBruteForce)->Arg(1000)->Arg(10000);
+BENCHMARK(BM_SurfaceRandomNoise)->Arg(1000)->Arg(100000);
+BENCHMARK(BM_SurfaceRandomNoiseEvaluated)->Arg(1000)->Arg(100000);
+BENCHMARK(BM_SurfaceBlueNoise)->Arg(1000)->Arg(30000);
+BENCHMARK(BM_SurfaceBlueNoiseEvaluated)->Arg(1000)->Arg(30000);
+BENCHMARK(BM_SurfaceDarts)->Arg(1000)->Arg(10000);

@@ -3,6 +3,25 @@
 #include "sampling/checks.h"
 #include "sampling/patterns/radical_inverse.h"
 
+// The point formulas with the record's fields held in locals (the stores
+// through the sample array could alias them) and the base's division
+// prepared once per call.
+struct HaltonSampler2d::HaltonPoints {
+  explicit HaltonPoints(HaltonSampler2d const& sampler)
+      : seed(sampler.m_seed), base(sampler.m_base), inv_base(sampler.m_inv_base) {}
+
+  // Sample i: element n = i + seed of the sequence.
+  void write(unsigned int const& i, GMathVec2<double>& sample) const {
+    unsigned int const n = i + seed;
+    sample.x = radical_inverse_2(n);
+    sample.y = radical_inverse_b(n, base, inv_base);
+  }
+
+  unsigned int const seed;
+  DigitDivisor const base;
+  double const inv_base;
+};
+
 HaltonSampler2d::HaltonSampler2d() {
   set_callbacks<HaltonSampler2d, &get_sample_callback, &get_all_samples_callback,
                 &get_packet_samples_callback>();
@@ -39,7 +58,10 @@ void HaltonSampler2d::get_sample_callback(HaltonSampler2d& sampler, unsigned int
 
 void HaltonSampler2d::get_all_samples_callback(HaltonSampler2d& sampler,
                                                GMathVec2<double>* samples) {
-  Callbacks::get_all_samples(sampler, samples);
+  HaltonPoints const points(sampler);
+  unsigned int const n = sampler.m_sample_count;
+  for (unsigned int i = 0; i < n; ++i)
+    points.write(i, samples[i]);
 }
 
 unsigned int HaltonSampler2d::get_packet_samples_callback(HaltonSampler2d& sampler,
@@ -47,5 +69,10 @@ unsigned int HaltonSampler2d::get_packet_samples_callback(HaltonSampler2d& sampl
                                                           GMathVec2<double>* samples,
                                                           GMathVec2<double>& corner0,
                                                           GMathVec2<double>& corner1) {
-  return Callbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
+  // All N samples as one packet, through the array path.
+  get_all_samples_callback(sampler, samples);
+  corner0 = GMathVec2<double>(0.0, 0.0);
+  corner1 = GMathVec2<double>(1.0, 1.0);
+  (void)packet;
+  return sampler.m_sample_count;
 }

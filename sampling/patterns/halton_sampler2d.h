@@ -36,6 +36,7 @@ class SAMPLING_API HaltonSampler2d : public Sampler2d {
   // Both coordinates of sample `index`: the point function of the callbacks.
   void get_sample_uv(unsigned int const& index, double& u, double& v) const;
   typedef SinglePacketCallbacks<HaltonSampler2d, &HaltonSampler2d::get_sample_uv> Callbacks;
+  struct HaltonPoints;
 
   static void get_sample_callback(HaltonSampler2d& sampler, unsigned int const& index,
                                   GMathVec2<double>& sample);

@@ -2,7 +2,7 @@
 
 #include "sampling/checks.h"
 #include "sampling/patterns/radical_inverse.h"
-#include "sampling/sampling.h"
+#include "sampling/warps/shuffle_index.h"
 
 namespace {
 
@@ -122,7 +122,7 @@ unsigned int HammersleySampler2d::get_sub_index(unsigned int const& i) const {
   if (m_subset_count & 1u)
     return i * m_subset_count + m_subset_index;
   unsigned int const n = m_subset_index * m_sample_count + i;
-  return (2u * Sampling::shuffle_index(n >> 1, m_count_x >> 1)) | (n & 1u);
+  return (2u * shuffled_index(n >> 1, m_count_x >> 1)) | (n & 1u);
 }
 
 void HammersleySampler2d::get_sample_callback(HammersleySampler2d& sampler,

@@ -161,7 +161,7 @@ void HierarchicalSampler2d::get_sobol_sample_u(unsigned int const& n, double& u)
 }
 
 void HierarchicalSampler2d::get_sobol_sample_v(unsigned int const& n, double& v) const {
-  v = unit_from_u32(sobol_2(n + 1) ^ m_scramble_v);
+  v = unit_from_u32(sobol_2_by_bytes(n + 1) ^ m_scramble_v);
 }
 
 // ---- Callbacks: each mode's triple is its point function in the shared

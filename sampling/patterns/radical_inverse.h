@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 // Internal scalar helpers shared by the sample patterns and the surface
 // scattering. Not exported: they are inlined where used.
 
@@ -46,7 +48,8 @@ inline double radical_inverse_3(unsigned int n) {
   while (n != 0) {
     unsigned int const d = n % 3u;
     unsigned int const q = n / 3u;
-    if (d != 0) result = static_cast<double>(d) * w + result;
+    if (d != 0)
+      result = static_cast<double>(d) * w + result;
     w = w * k_one_third;
     n = q;
   }
@@ -67,6 +70,39 @@ inline double radical_inverse_b(unsigned int n, unsigned int const& base, double
   while (n != 0) {
     unsigned int const d = n % base;
     unsigned int const q = n / base;
+    result = static_cast<double>(d) * w + result;
+    w = w * inv_base;
+    n = q;
+  }
+  return result;
+}
+
+// Division of 32-bit integers by a divisor d >= 2 fixed for many divisions
+// (the base of a digit loop run over a whole sample array): the quotient is
+// floor(n m / 2^64) with m = ceil(2^64 / d), one wide multiplication instead
+// of a division. Exact for every 32-bit n: with m = 2^64/d + e, 0 <= e < 1,
+// n m / 2^64 = floor(n/d) + r/d + n e / 2^64 where r <= d - 1 and
+// n e / 2^64 < 2^-32 < 1/d, so the fraction never reaches 1.
+struct DigitDivisor {
+  explicit DigitDivisor(unsigned int const& d)
+      : divisor(d), magic(~static_cast<std::uint64_t>(0) / d + 1) {}
+
+  unsigned int quotient(unsigned int const& n) const {
+    return static_cast<unsigned int>((static_cast<unsigned __int128>(n) * magic) >> 64);
+  }
+
+  unsigned int const divisor;
+  std::uint64_t const magic;
+};
+
+// radical_inverse_b with the base's division prepared once: the same digits
+// in the same order, so the same bits.
+inline double radical_inverse_b(unsigned int n, DigitDivisor const& base, double const& inv_base) {
+  double result = 0.0;
+  double w = inv_base;
+  while (n != 0) {
+    unsigned int const q = base.quotient(n);
+    unsigned int const d = n - q * base.divisor;
     result = static_cast<double>(d) * w + result;
     w = w * inv_base;
     n = q;

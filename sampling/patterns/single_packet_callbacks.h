@@ -14,11 +14,15 @@ struct SinglePacketCallbacks {
     (sampler.*Point)(index, sample.x, sample.y);
   }
 
-  // Samples 0 to N-1 into elements 0 to N-1.
+  // Samples 0 to N-1 into elements 0 to N-1. The point function runs on a
+  // local copy of the record: the stores through `samples` could alias the
+  // caller's record, which would force its fields to be read again per
+  // sample; a local cannot be aliased.
   static void get_all_samples(S& sampler, GMathVec2<double>* samples) {
-    unsigned int const n = sampler.get_sample_count();
+    S const local = sampler;
+    unsigned int const n = local.get_sample_count();
     for (unsigned int i = 0; i < n; ++i)
-      (sampler.*Point)(i, samples[i].x, samples[i].y);
+      (local.*Point)(i, samples[i].x, samples[i].y);
   }
 
   // Ignores the packet number: all N samples, box (0,0) to (1,1); returns N.

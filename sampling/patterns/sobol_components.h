@@ -23,3 +23,40 @@ inline unsigned int sobol_2(unsigned int n) {
   }
   return r;
 }
+
+// sobol_2 eight bits at a time: the XOR over the set bits is the XOR of
+// four partial XORs, one per byte of n, each looked up in a table of the
+// 256 combinations of that byte's eight direction numbers. XOR is
+// associative and commutative, so the integer is the same; no branch per bit.
+struct Sobol2ByteTables {
+  unsigned int entry[4][256];
+};
+
+constexpr Sobol2ByteTables make_sobol_2_byte_tables() {
+  Sobol2ByteTables t{};
+  unsigned int d = 0x80000000u;
+  for (unsigned int byte = 0; byte < 4; ++byte) {
+    unsigned int directions[8] = {};
+    for (unsigned int j = 0; j < 8; ++j) {
+      directions[j] = d;
+      d ^= d >> 1;
+    }
+    for (unsigned int b = 0; b < 256; ++b) {
+      unsigned int r = 0;
+      for (unsigned int j = 0; j < 8; ++j) {
+        if (b & (1u << j))
+          r ^= directions[j];
+      }
+      t.entry[byte][b] = r;
+    }
+  }
+  return t;
+}
+
+inline constexpr Sobol2ByteTables k_sobol_2_byte_tables = make_sobol_2_byte_tables();
+
+inline unsigned int sobol_2_by_bytes(unsigned int const& n) {
+  Sobol2ByteTables const& t = k_sobol_2_byte_tables;
+  return t.entry[0][n & 0xFFu] ^ t.entry[1][(n >> 8) & 0xFFu] ^ t.entry[2][(n >> 16) & 0xFFu] ^
+         t.entry[3][n >> 24];
+}

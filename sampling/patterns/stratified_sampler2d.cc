@@ -6,7 +6,8 @@
 #include "sampling/patterns/radical_inverse.h"
 
 StratifiedSampler2d::StratifiedSampler2d() {
-  set_callbacks<StratifiedSampler2d, &get_sample_callback, &get_all_samples_callback, &get_packet_samples_callback>();
+  set_callbacks<StratifiedSampler2d, &get_sample_callback, &get_all_samples_callback,
+                &get_packet_samples_callback>();
 }
 
 void StratifiedSampler2d::init(GRandomMt& random, unsigned int const& count_x,
@@ -31,15 +32,37 @@ void StratifiedSampler2d::init(GRandomMt& random, unsigned int const& count_x,
   m_offset_y = 0.5 - (jitter_y * 0.5);
 }
 
+// The stratum formula with the record's fields held in locals: each draw is
+// a call the compiler cannot see into, after which it would otherwise read
+// every field of the record again.
+struct StratifiedSampler2d::StratumPoints {
+  explicit StratumPoints(StratifiedSampler2d const& sampler)
+      : random(*sampler.m_random),
+        jitter_x(sampler.m_jitter_x),
+        jitter_y(sampler.m_jitter_y),
+        offset_x(sampler.m_offset_x),
+        offset_y(sampler.m_offset_y),
+        inv_count_x(sampler.m_inv_count_x),
+        inv_count_y(sampler.m_inv_count_y) {}
+
+  void write(unsigned int const& ix, unsigned int const& iy, GMathVec2<double>& sample) const {
+    // x is stored before the second draw: the draw order is part of the
+    // stream.
+    sample.x =
+        ((unit_from_u32(random.genrand_int32()) * jitter_x + static_cast<double>(ix)) + offset_x) *
+        inv_count_x;
+    sample.y =
+        ((unit_from_u32(random.genrand_int32()) * jitter_y + static_cast<double>(iy)) + offset_y) *
+        inv_count_y;
+  }
+
+  GRandomMt const& random;
+  double const jitter_x, jitter_y, offset_x, offset_y, inv_count_x, inv_count_y;
+};
+
 void StratifiedSampler2d::get_sample_xy(unsigned int const& ix, unsigned int const& iy,
-                                               GMathVec2<double>& sample) {
-  // x is stored before the second draw: the draw order is part of the stream.
-  sample.x = ((unit_from_u32(m_random->genrand_int32()) * m_jitter_x + static_cast<double>(ix)) +
-              m_offset_x) *
-             m_inv_count_x;
-  sample.y = ((unit_from_u32(m_random->genrand_int32()) * m_jitter_y + static_cast<double>(iy)) +
-              m_offset_y) *
-             m_inv_count_y;
+                                        GMathVec2<double>& sample) {
+  StratumPoints(*this).write(ix, iy, sample);
 }
 
 void StratifiedSampler2d::get_sample_callback(StratifiedSampler2d& sampler,
@@ -53,9 +76,11 @@ void StratifiedSampler2d::get_all_samples_callback(StratifiedSampler2d& sampler,
                                                    GMathVec2<double>* samples) {
   unsigned int const count_x = sampler.m_count_x;
   unsigned int const count_y = sampler.m_count_y;
+  StratumPoints const points(sampler);
   for (unsigned int iy = 0; iy < count_y; ++iy) {
     GMathVec2<double>* row = samples + static_cast<unsigned int>(iy * count_x);
-    for (unsigned int ix = 0; ix < count_x; ++ix) sampler.get_sample_xy(ix, iy, row[ix]);
+    for (unsigned int ix = 0; ix < count_x; ++ix)
+      points.write(ix, iy, row[ix]);
   }
 }
 
@@ -64,8 +89,7 @@ unsigned int StratifiedSampler2d::get_packet_samples_callback(StratifiedSampler2
                                                               GMathVec2<double>* samples,
                                                               GMathVec2<double>& corner0,
                                                               GMathVec2<double>& corner1) {
-  SAMPLING_CHECK(sampler.m_count_x >= 1,
-                 "StratifiedSampler2d::get_packet_samples: count_x is 0");
+  SAMPLING_CHECK(sampler.m_count_x >= 1, "StratifiedSampler2d::get_packet_samples: count_x is 0");
   unsigned int const px = packet % sampler.m_packet_count_x;
   unsigned int const py = packet / sampler.m_packet_count_x;
   unsigned int const x0 = px * sampler.m_packet_size_x;
@@ -73,8 +97,10 @@ unsigned int StratifiedSampler2d::get_packet_samples_callback(StratifiedSampler2
   unsigned int const y0 = py * sampler.m_packet_size_y;
   unsigned int const y1 = std::min(y0 + sampler.m_packet_size_y, sampler.m_count_y);
   GMathVec2<double>* out = samples;
+  StratumPoints const points(sampler);
   for (unsigned int iy = y0; iy < y1; ++iy) {
-    for (unsigned int ix = x0; ix < x1; ++ix) sampler.get_sample_xy(ix, iy, *out++);
+    for (unsigned int ix = x0; ix < x1; ++ix)
+      points.write(ix, iy, *out++);
   }
   corner0 = GMathVec2<double>(static_cast<double>(x0) * sampler.m_inv_count_x,
                               static_cast<double>(y0) * sampler.m_inv_count_y);

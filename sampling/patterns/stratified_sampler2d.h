@@ -35,6 +35,7 @@ class SAMPLING_API StratifiedSampler2d : public Sampler2d {
  private:
   // Jittered sample of stratum (ix, iy); two draws, x first.
   void get_sample_xy(unsigned int const& ix, unsigned int const& iy, GMathVec2<double>& sample);
+  struct StratumPoints;
 
   static void get_sample_callback(StratifiedSampler2d& sampler, unsigned int const& index,
                                   GMathVec2<double>& sample);

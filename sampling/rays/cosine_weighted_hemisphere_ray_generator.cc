@@ -238,10 +238,14 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
   check_arrays(samples, count, rays);
+  // A local copy of the record: the ray stores could alias the caller's
+  // record, which would force its fields to be read again per ray; a local
+  // cannot be aliased.
+  CosineWeightedHemisphereRayGenerator const local = generator;
   for (unsigned int i = 0; i < count; ++i) {
     GMathVec3<double> w, u, v;
-    generator.warp_sample(samples[i], w, u, v);
-    generator.create_ray(w, u, v, rays[i]);
+    local.warp_sample(samples[i], w, u, v);
+    local.create_ray(w, u, v, rays[i]);
   }
   store_unit_weights(weights, count);
   return count;
@@ -260,11 +264,12 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_discard_callback(
     unsigned int const& count, GMathRay* rays, double* weights) {
   check_arrays(samples, count, rays);
   unsigned int written = 0;
+  CosineWeightedHemisphereRayGenerator const local = generator;  // as in get_rays
   for (unsigned int i = 0; i < count; ++i) {
     GMathVec3<double> w, u, v;
-    generator.warp_sample(samples[i], w, u, v);
-    if (dot(w, generator.m_clip_normal) > 0.0) {
-      generator.create_ray(w, u, v, rays[written]);
+    local.warp_sample(samples[i], w, u, v);
+    if (dot(w, local.m_clip_normal) > 0.0) {
+      local.create_ray(w, u, v, rays[written]);
       ++written;
     }
   }
@@ -284,8 +289,9 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_project_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
   check_arrays(samples, count, rays);
+  CosineWeightedHemisphereRayGenerator const local = generator;  // as in get_rays
   for (unsigned int i = 0; i < count; ++i)
-    generator.create_ray_project(samples[i], rays[i]);
+    local.create_ray_project(samples[i], rays[i]);
   store_unit_weights(weights, count);
   return count;
 }

@@ -139,13 +139,17 @@ struct ShapeRayFamily {
                    "shape ray generator get_rays: null sample or ray array");
     if (count == 0)
       return 0;
+    // A local copy of the record: the stores through `rays` and `weights`
+    // could alias the caller's record, which would force every field to be
+    // read again per ray; a local cannot be aliased.
+    G const local = g;
     if (weights) {
       for (unsigned int i = 0; i < count; ++i)
-        g.create_ray(to_sample(g, samples[i]), rays[i], weights[i]);
+        local.create_ray(to_sample(local, samples[i]), rays[i], weights[i]);
     } else {
       double scratch;
       for (unsigned int i = 0; i < count; ++i)
-        g.create_ray(samples[i], rays[i], scratch);
+        local.create_ray(samples[i], rays[i], scratch);
     }
     return count;
   }
@@ -158,18 +162,19 @@ struct ShapeRayFamily {
     SAMPLING_CHECK(count == 0 || (samples && rays),
                    "shape ray generator get_rays: null sample or ray array");
     unsigned int n = 0;
+    G const local = g;  // as in get_rays
     if (weights) {
       for (unsigned int i = 0; i < count; ++i) {
-        GMathVec3<double> const t = to_sample(g, samples[i]);
-        if (passes_clip(g, t)) {
-          g.create_ray(t, rays[n], weights[n]);
+        GMathVec3<double> const t = to_sample(local, samples[i]);
+        if (passes_clip(local, t)) {
+          local.create_ray(t, rays[n], weights[n]);
           ++n;
         }
       }
     } else {
       double scratch;
       for (unsigned int i = 0; i < count; ++i)
-        n += g.create_ray_discard(samples[i], rays[n], scratch);
+        n += local.create_ray_discard(samples[i], rays[n], scratch);
     }
     return n;
   }

@@ -7,6 +7,45 @@
 #include "sampling/checks.h"
 #include "sampling/rays/shape_ray_math.h"
 #include "sampling/sampling.h"
+#include "sampling/warps/polar_warp.h"
+
+// The fields every ray repeats, held in locals: a loop storing rays through
+// a GMathRay pointer could alias the record's fields, which would otherwise
+// force a reload of each per ray.
+struct UniformSphereRayGenerator::RayConstants {
+  explicit RayConstants(UniformSphereRayGenerator const& g)
+      : origin(g.m_ray_origin),
+        type(g.m_ray_type),
+        time(g.m_ray_time),
+        cos_x(g.m_cos[0]),
+        sin_x(g.m_sin[0]),
+        cos_y(g.m_cos[1]),
+        sin_y(g.m_sin[1]) {}
+
+  // The ray along the unit `direction` with its two auxiliary rays turned
+  // towards the unit `tangent` and `bitangent`.
+  void build(GMathVec3<double> const& direction, GMathVec3<double> const& tangent,
+             GMathVec3<double> const& bitangent, GMathRay& ray) const {
+    ray.m_origin = origin;
+    ray.set_direction(direction);
+    ray.m_type = type;
+    ray.m_time = time;
+    // (direction, tangent, bitangent) is orthonormal, so the turned
+    // directions are unit vectors as they stand.
+    GMathRayDifferential differential;
+    differential.m_rx_origin = origin;
+    differential.m_ry_origin = origin;
+    differential.m_rx_direction = direction * cos_x + tangent * sin_x;
+    differential.m_ry_direction = direction * cos_y + bitangent * sin_y;
+    ray.set_differentials(differential);
+    clear_aux_cleared(ray);
+  }
+
+  GMathVec3<double> const origin;
+  GMathRay::Type const type;
+  double const time;
+  double const cos_x, sin_x, cos_y, sin_y;
+};
 
 UniformSphereRayGenerator::UniformSphereRayGenerator(GMathRay::Type const& type, double const& time)
     : m_ray_type(type), m_ray_time(time), m_ray_origin(0.0, 0.0, 0.0) {
@@ -29,7 +68,7 @@ void UniformSphereRayGenerator::init(GMathVec3<double> const& centre,
 
 void UniformSphereRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray) const {
   GMathVec3<double> direction, tangent, bitangent;
-  Sampling::sphere_uniform(sample.x, sample.y, direction, tangent, bitangent);
+  sphere_uniform_frame(sample.x, sample.y, direction, tangent, bitangent);
   create_ray(direction, tangent, bitangent, ray);
 }
 
@@ -37,19 +76,7 @@ void UniformSphereRayGenerator::create_ray(GMathVec3<double> const& direction,
                                            GMathVec3<double> const& tangent,
                                            GMathVec3<double> const& bitangent,
                                            GMathRay& ray) const {
-  ray.m_origin = m_ray_origin;
-  ray.set_direction(direction);
-  ray.m_type = m_ray_type;
-  ray.m_time = m_ray_time;
-  // (direction, tangent, bitangent) is orthonormal, so the turned directions
-  // are unit vectors as they stand.
-  GMathRayDifferential differential;
-  differential.m_rx_origin = m_ray_origin;
-  differential.m_ry_origin = m_ray_origin;
-  differential.m_rx_direction = direction * m_cos[0] + tangent * m_sin[0];
-  differential.m_ry_direction = direction * m_cos[1] + bitangent * m_sin[1];
-  ray.set_differentials(differential);
-  clear_aux_cleared(ray);
+  RayConstants(*this).build(direction, tangent, bitangent, ray);
 }
 
 bool UniformSphereRayGenerator::get_ray_callback(UniformSphereRayGenerator const& g,
@@ -66,10 +93,14 @@ unsigned int UniformSphereRayGenerator::get_rays_callback(UniformSphereRayGenera
                                                           double* weights) {
   SAMPLING_CHECK(count == 0 || (samples && rays),
                  "UniformSphereRayGenerator get_rays: null sample or ray array");
+  // The warp runs inline (polar_warp.h), the same arithmetic as
+  // Sampling::sphere_uniform without a call per ray; the record's fields are
+  // read once.
+  RayConstants const constants(g);
   for (unsigned int i = 0; i < count; ++i) {
     GMathVec3<double> direction, tangent, bitangent;
-    Sampling::sphere_uniform(samples[i].x, samples[i].y, direction, tangent, bitangent);
-    g.create_ray(direction, tangent, bitangent, rays[i]);
+    sphere_uniform_frame(samples[i].x, samples[i].y, direction, tangent, bitangent);
+    constants.build(direction, tangent, bitangent, rays[i]);
   }
   store_unit_weights(weights, count);
   return count;

@@ -52,6 +52,8 @@ class SAMPLING_API UniformSphereRayGenerator : public SampleRayGenerator {
   void create_ray(GMathVec3<double> const& direction, GMathVec3<double> const& tangent,
                   GMathVec3<double> const& bitangent, GMathRay& ray) const;
 
+  struct RayConstants;
+
   static bool get_ray_callback(UniformSphereRayGenerator const& g, GMathVec2<double> const& sample,
                                GMathRay& ray, double* weight);
   static unsigned int get_rays_callback(UniformSphereRayGenerator const& g,

@@ -5,37 +5,15 @@
 #include "sampling/checks.h"
 #include "sampling/sampling.h"
 #include "sampling/warps/concentric_map.h"
+#include "sampling/warps/polar_warp.h"
+#include "sampling/warps/shuffle_index.h"
 
 namespace {
 
-// Writes (cos(phi) rho, sin(phi) rho, z): the polar construction every warp
-// ends with.
-inline void polar_point(double const& phi, double const& rho, double const& z,
-                        GMathVec3<double>& out) {
-  out.x = std::cos(phi) * rho;
-  out.y = std::sin(phi) * rho;
-  out.z = z;
-}
-
-// The same, plus tangent (increasing azimuth) and bitangent (towards +z).
-inline void polar_frame(double const& phi, double const& rho, double const& z,
-                        GMathVec3<double>& out, GMathVec3<double>& tangent,
-                        GMathVec3<double>& bitangent) {
-  double const c = std::cos(phi);
-  double const s = std::sin(phi);
-  out.x = c * rho;
-  out.y = s * rho;
-  out.z = z;
-  tangent.x = -s;
-  tangent.y = c;
-  tangent.z = 0.0;
-  bitangent.x = -z * c;
-  bitangent.y = -z * s;
-  bitangent.z = rho;
-}
-
 // Height above the disk of a hemisphere direction with projected radius rho.
-inline double lift(double const& rho) { return std::sqrt(1.0 - rho * rho); }
+inline double lift(double const& rho) {
+  return std::sqrt(1.0 - rho * rho);
+}
 
 }  // namespace
 
@@ -172,8 +150,7 @@ void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double
 
 void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
                               GMathVec3<double>& tangent, GMathVec3<double>& bitangent) {
-  double const z = 1.0 - u * 2.0;
-  polar_frame(k_sampling_two_pi * v, std::sqrt(1.0 - z * z), z, direction, tangent, bitangent);
+  sphere_uniform_frame(u, v, direction, tangent, bitangent);
 }
 
 void Sampling::sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction) {
@@ -189,20 +166,7 @@ void Sampling::sphere_cosine(double const& u, double const& v, GMathVec3<double>
   polar_frame(k_sampling_two_pi * v, std::sqrt(1.0 - z * z), z, direction, tangent, bitangent);
 }
 
+// The body lives in shuffle_index.h, inline, for the sample loops.
 unsigned int Sampling::shuffle_index(unsigned int const& index, unsigned int const& count) {
-  unsigned int result = 0;
-  unsigned int m = count;
-  unsigned int i = index;
-  while (i != 0) {
-    unsigned int const down = m >> 1;
-    unsigned int const up = down + (m & 1u);
-    if (i & 1u) {
-      result += up;
-      m = down;
-    } else {
-      m = up;
-    }
-    i >>= 1;
-  }
-  return result;
+  return shuffled_index(index, count);
 }
