@@ -7,9 +7,13 @@ constexpr std::uint32_t k_upper_mask = 0x80000000u;
 constexpr std::uint32_t k_lower_mask = 0x7fffffffu;
 }  // namespace
 
-GRandomMt::GRandomMt() { seed(5489u); }
+GRandomMt::GRandomMt() {
+  seed(5489u);
+}
 
-GRandomMt::GRandomMt(unsigned int const& s) { seed(s); }
+GRandomMt::GRandomMt(unsigned int const& s) {
+  seed(s);
+}
 
 void GRandomMt::seed(unsigned int const& s) {
   m_state[0] = s;
@@ -19,22 +23,20 @@ void GRandomMt::seed(unsigned int const& s) {
   m_index = k_state_size;
 }
 
+// The reference recurrence, split at the two wrap-around points so that no
+// index needs a modulo.
 void GRandomMt::twist() const {
-  for (unsigned int i = 0; i < k_state_size; ++i) {
-    std::uint32_t const y =
-        (m_state[i] & k_upper_mask) | (m_state[(i + 1) % k_state_size] & k_lower_mask);
-    std::uint32_t const mag = (y & 1u) ? k_matrix_a : 0u;
-    m_state[i] = m_state[(i + k_shift) % k_state_size] ^ (y >> 1) ^ mag;
+  auto step = [](std::uint32_t const& upper, std::uint32_t const& lower, std::uint32_t const& far) {
+    std::uint32_t const y = (upper & k_upper_mask) | (lower & k_lower_mask);
+    return far ^ (y >> 1) ^ ((y & 1u) ? k_matrix_a : 0u);
+  };
+  unsigned int i = 0;
+  for (; i < k_state_size - k_shift; ++i) {
+    m_state[i] = step(m_state[i], m_state[i + 1], m_state[i + k_shift]);
   }
+  for (; i < k_state_size - 1; ++i) {
+    m_state[i] = step(m_state[i], m_state[i + 1], m_state[i + k_shift - k_state_size]);
+  }
+  m_state[k_state_size - 1] = step(m_state[k_state_size - 1], m_state[0], m_state[k_shift - 1]);
   m_index = 0;
-}
-
-unsigned int GRandomMt::genrand_int32() const {
-  if (m_index >= k_state_size) twist();
-  std::uint32_t y = m_state[m_index++];
-  y ^= y >> 11;
-  y ^= (y << 7) & 0x9d2c5680u;
-  y ^= (y << 15) & 0xefc60000u;
-  y ^= y >> 18;
-  return y;
 }

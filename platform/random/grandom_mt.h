@@ -22,10 +22,22 @@ class PLATFORM_API GRandomMt {
   // Restarts the stream from seed s (the reference init_genrand).
   void seed(unsigned int const& s);
 
-  // Next 32-bit output; advances the state.
-  unsigned int genrand_int32() const;
+  // Next 32-bit output; advances the state. Inline: samplers draw once or
+  // twice per sample, so the tempering runs in their loops and only the
+  // refill of the state (once every 624 draws) is a call.
+  unsigned int genrand_int32() const {
+    if (m_index >= k_state_size)
+      twist();
+    std::uint32_t y = m_state[m_index++];
+    y ^= y >> 11;
+    y ^= (y << 7) & 0x9d2c5680u;
+    y ^= (y << 15) & 0xefc60000u;
+    y ^= y >> 18;
+    return y;
+  }
 
  private:
+  // Regenerates the 624 state words.
   void twist() const;
 
   mutable std::uint32_t m_state[k_state_size];
