@@ -10,11 +10,11 @@
 // Each constant is written as the hex float of its bit pattern; the
 // static_asserts tie it to the decimal it stands for.
 
-constexpr double k_sampling_pi = 0x1.921fb5444261ep+1;         // 0x400921FB5444261E
-constexpr double k_sampling_two_pi = 0x1.921fb5444261ep+2;     // 0x401921FB5444261E
-constexpr double k_sampling_half_pi = 0x1.921fb5444261ep+0;    // 0x3FF921FB5444261E
-constexpr double k_sampling_quarter_pi = 0x1.921fb5444261ep-1; // 0x3FE921FB5444261E
-constexpr double k_sampling_degree = 0x1.1df46a2529843p-6;     // 0x3F91DF46A2529843
+constexpr double k_sampling_pi = 0x1.921fb5444261ep+1;          // 0x400921FB5444261E
+constexpr double k_sampling_two_pi = 0x1.921fb5444261ep+2;      // 0x401921FB5444261E
+constexpr double k_sampling_half_pi = 0x1.921fb5444261ep+0;     // 0x3FF921FB5444261E
+constexpr double k_sampling_quarter_pi = 0x1.921fb5444261ep-1;  // 0x3FE921FB5444261E
+constexpr double k_sampling_degree = 0x1.1df46a2529843p-6;      // 0x3F91DF46A2529843
 
 static_assert(k_sampling_pi == 3.141592653589, "library pi");
 static_assert(k_sampling_two_pi == 6.283185307178, "library 2 pi");

@@ -8,13 +8,13 @@
 #include <cstdio>
 #include <cstdlib>
 
-#define SAMPLING_CHECK(cond, message)                                                   \
-  do {                                                                                  \
-    if (!(cond)) {                                                                      \
-      std::fprintf(stderr, "sampling: caller contract violated: %s (%s:%d)\n", message, \
-                   __FILE__, __LINE__);                                                 \
-      std::abort();                                                                     \
-    }                                                                                   \
+#define SAMPLING_CHECK(cond, message)                                                             \
+  do {                                                                                            \
+    if (!(cond)) {                                                                                \
+      std::fprintf(stderr, "sampling: caller contract violated: %s (%s:%d)\n", message, __FILE__, \
+                   __LINE__);                                                                     \
+      std::abort();                                                                               \
+    }                                                                                             \
   } while (0)
 #else
 #define SAMPLING_CHECK(cond, message) \

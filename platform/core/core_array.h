@@ -50,14 +50,16 @@ class CoreArray {
   // Changes the size to n, keeping the first min(count(), n) elements; new
   // elements are value-initialised.
   void resize_keep(std::size_t const& n) {
-    if (n == m_count) return;
+    if (n == m_count)
+      return;
     if (n == 0) {
       clear();
       return;
     }
     T* fresh = new T[n]();
     std::size_t const keep = std::min(n, m_count);
-    for (std::size_t i = 0; i < keep; ++i) fresh[i] = std::move(m_data[i]);
+    for (std::size_t i = 0; i < keep; ++i)
+      fresh[i] = std::move(m_data[i]);
     delete[] m_data;
     m_data = fresh;
     m_count = n;

@@ -29,14 +29,15 @@ struct GMathBbox3 {
     }
   }
   void add(GMathBbox3 const& b) {
-    if (b.is_empty()) return;
+    if (b.is_empty())
+      return;
     add(b.m_min);
     add(b.m_max);
   }
   // Closed-box containment.
   bool contains(GMathVec3<T> const& p) const {
-    return p.x >= m_min.x && p.x <= m_max.x && p.y >= m_min.y && p.y <= m_max.y &&
-           p.z >= m_min.z && p.z <= m_max.z;
+    return p.x >= m_min.x && p.x <= m_max.x && p.y >= m_min.y && p.y <= m_max.y && p.z >= m_min.z &&
+           p.z <= m_max.z;
   }
   GMathVec3<T> center() const {
     return GMathVec3<T>((m_min.x + m_max.x) * T(0.5), (m_min.y + m_max.y) * T(0.5),

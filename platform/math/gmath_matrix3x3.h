@@ -9,8 +9,8 @@ struct GMathMatrix3x3 {
 
   // The identity.
   GMathMatrix3x3() : m{T(1), T(0), T(0), T(0), T(1), T(0), T(0), T(0), T(1)} {}
-  GMathMatrix3x3(T const& m00, T const& m01, T const& m02, T const& m10, T const& m11,
-                 T const& m12, T const& m20, T const& m21, T const& m22)
+  GMathMatrix3x3(T const& m00, T const& m01, T const& m02, T const& m10, T const& m11, T const& m12,
+                 T const& m20, T const& m21, T const& m22)
       : m{m00, m01, m02, m10, m11, m12, m20, m21, m22} {}
 
   T& operator()(int r, int c) { return m[3 * r + c]; }

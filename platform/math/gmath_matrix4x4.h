@@ -28,8 +28,7 @@ struct GMathMatrix4x4 {
   }
   // The same without the translation.
   GMathVec3<T> transform_vector(GMathVec3<T> const& v) const {
-    return GMathVec3<T>(m[0] * v.x + m[1] * v.y + m[2] * v.z,
-                        m[4] * v.x + m[5] * v.y + m[6] * v.z,
+    return GMathVec3<T>(m[0] * v.x + m[1] * v.y + m[2] * v.z, m[4] * v.x + m[5] * v.y + m[6] * v.z,
                         m[8] * v.x + m[9] * v.y + m[10] * v.z);
   }
 
@@ -53,7 +52,8 @@ struct GMathMatrix4x4 {
     for (int i = 0; i < 4; ++i) {
       for (int j = 0; j < 4; ++j) {
         T s = T(0);
-        for (int k = 0; k < 4; ++k) s += m[4 * i + k] * o.m[4 * k + j];
+        for (int k = 0; k < 4; ++k)
+          s += m[4 * i + k] * o.m[4 * k + j];
         r.m[4 * i + j] = s;
       }
     }

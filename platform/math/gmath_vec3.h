@@ -25,7 +25,8 @@ struct GMathVec3 {
   GMathVec3 operator-(GMathVec3 const& o) const { return GMathVec3(x - o.x, y - o.y, z - o.z); }
   GMathVec3 operator*(T const& s) const { return GMathVec3(x * s, y * s, z * s); }
   // Scaling by a float widens the float first.
-  template <typename U = T, typename = typename std::enable_if<!std::is_same<U, float>::value>::type>
+  template <typename U = T,
+            typename = typename std::enable_if<!std::is_same<U, float>::value>::type>
   GMathVec3 operator*(float const& s) const {
     T const w = static_cast<T>(s);
     return GMathVec3(x * w, y * w, z * w);

@@ -34,7 +34,8 @@ void Sampling::disk_uniform(CoreArray<GMathVec2<double>>& points, unsigned int c
     m -= 8;
     r -= dr;
   }
-  if (written < total) points[written] = GMathVec2<double>(0.0, 0.0);
+  if (written < total)
+    points[written] = GMathVec2<double>(0.0, 0.0);
 }
 
 void Sampling::grid_uniform(CoreArray<GMathVec2<double>>& points, unsigned int const& n,

@@ -10,7 +10,8 @@ double radical_inverse_2_loop(unsigned int n) {
   double result = 0.0;
   double w = 0.5;
   while (n != 0) {
-    if (n & 1u) result = w + result;
+    if (n & 1u)
+      result = w + result;
     n >>= 1;
     w = w * 0.5;
   }

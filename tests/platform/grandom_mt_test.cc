@@ -21,7 +21,8 @@ TEST(GRandomMt, MatchesStdMt19937ForManySeeds) {
   // C++ standard ([rand.predef]).
   GRandomMt mt;
   unsigned int last = 0;
-  for (int i = 0; i < 10000; ++i) last = mt.genrand_int32();
+  for (int i = 0; i < 10000; ++i)
+    last = mt.genrand_int32();
   EXPECT_EQ(last, 4123659995u);
 }
 

@@ -9,7 +9,8 @@ namespace {
 // Regularised lower incomplete gamma P(s, x), by series for x < s + 1 and by
 // continued fraction (Lentz) otherwise.
 double lower_gamma_regularised(double s, double x) {
-  if (x <= 0.0) return 0.0;
+  if (x <= 0.0)
+    return 0.0;
   double const log_prefix = s * std::log(x) - x - std::lgamma(s);
   if (x < s + 1.0) {
     double term = 1.0 / s;
@@ -17,7 +18,8 @@ double lower_gamma_regularised(double s, double x) {
     for (int k = 1; k < 10000; ++k) {
       term *= x / (s + k);
       sum += term;
-      if (std::fabs(term) < std::fabs(sum) * 1e-15) break;
+      if (std::fabs(term) < std::fabs(sum) * 1e-15)
+        break;
     }
     return std::exp(log_prefix) * sum;
   }
@@ -30,13 +32,16 @@ double lower_gamma_regularised(double s, double x) {
     double const an = -i * (i - s);
     b += 2.0;
     d = an * d + b;
-    if (std::fabs(d) < tiny) d = tiny;
+    if (std::fabs(d) < tiny)
+      d = tiny;
     c = b + an / c;
-    if (std::fabs(c) < tiny) c = tiny;
+    if (std::fabs(c) < tiny)
+      c = tiny;
     d = 1.0 / d;
     double const delta = d * c;
     h *= delta;
-    if (std::fabs(delta - 1.0) < 1e-15) break;
+    if (std::fabs(delta - 1.0) < 1e-15)
+      break;
   }
   return 1.0 - std::exp(log_prefix) * h;
 }

@@ -40,5 +40,4 @@ double chi_square_p_value(double chi2, int dof);
 // domain.
 ChiSquareResult chi_square_test(ChiSquareDomain const& domain, int n,
                                 std::function<bool(int, double&, double&)> const& sample,
-                                std::function<double(double, double)> const& density,
-                                double alpha);
+                                std::function<double(double, double)> const& density, double alpha);
