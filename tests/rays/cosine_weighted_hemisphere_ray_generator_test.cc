@@ -77,17 +77,6 @@ bool same_bits(GMathRay const& a, GMathRay const& b) {
   return std::memcmp(&a, &b, sizeof(GMathRay)) == 0;
 }
 
-enum Mode { k_plain, k_discard, k_project };
-
-void select_mode(CosineWeightedHemisphereRayGenerator& g, Mode mode, Vec3 const& normal) {
-  if (mode == k_plain)
-    g.disable_clipping();
-  if (mode == k_discard)
-    g.discard_clipped_samples(normal);
-  if (mode == k_project)
-    g.project_clipped_samples(normal);
-}
-
 }  // namespace
 
 TEST(CosineWeightedHemisphereRayGenerator, WorkedValues) {
@@ -234,44 +223,6 @@ TEST(CosineWeightedHemisphereRayGenerator, DifferentialsAreUnitAndTiltedByTheSpr
         if (dot(w, d) < 0.999) {
           ASSERT_GT(dot(tilt_y, d), 0.0) << s.x << " " << s.y;
         }
-      }
-    }
-  }
-}
-
-// get_rays writes exactly the rays and weights of get_ray one sample at a
-// time (rejected samples skipped), in every mode, down to the last bit.
-TEST(CosineWeightedHemisphereRayGenerator, ArrayPathMatchesSinglePathBitForBit) {
-  Vec3 const d = unit(Vec3(0.6, 0.3, -0.2));
-  Vec3 const normal = unit(Vec3(0.1, 0.9, 0.2));
-  std::vector<Vec2> const samples = test_samples(4096, 23);
-  unsigned int const n = static_cast<unsigned int>(samples.size());
-  for (double angle : {0.0, 35.0, 120.0, 180.0}) {
-    for (bool incoming : {false, true}) {
-      for (Mode mode : {k_plain, k_discard, k_project}) {
-        CosineWeightedHemisphereRayGenerator g;
-        g.init(incoming_ray(d, incoming), angle, 0.2, 0.6);
-        select_mode(g, mode, normal);
-        std::vector<GMathRay> array_rays = ray_array(n), single_rays = ray_array(n);
-        std::vector<double> array_weights(n, -1.0), single_weights(n, -1.0);
-        unsigned int const written =
-            g.get_rays(samples.data(), n, array_rays.data(), array_weights.data());
-        unsigned int kept = 0;
-        for (unsigned int i = 0; i < n; ++i) {
-          double weight = -1.0;
-          if (g.get_ray(samples[i], single_rays[kept], &weight)) {
-            single_weights[kept] = weight;
-            ++kept;
-          }
-        }
-        ASSERT_EQ(written, kept) << "angle " << angle << " mode " << mode;
-        if (mode != k_discard) {
-          ASSERT_EQ(written, n);
-        }
-        ASSERT_EQ(std::memcmp(array_rays.data(), single_rays.data(), n * sizeof(GMathRay)), 0)
-            << "angle " << angle << " mode " << mode << " differentials " << incoming;
-        ASSERT_EQ(std::memcmp(array_weights.data(), single_weights.data(), n * sizeof(double)), 0)
-            << "angle " << angle << " mode " << mode;
       }
     }
   }

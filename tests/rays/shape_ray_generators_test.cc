@@ -69,40 +69,6 @@ std::vector<GMathVec2<double>> test_samples(unsigned int count, unsigned int see
   return samples;
 }
 
-// get_ray sample by sample against get_rays with and without a weight array:
-// the same rays and weights bit for bit, packed at the front, nothing written
-// beyond the returned count. Returns that count.
-unsigned int expect_array_matches_single(SampleRayGenerator const& g,
-                                         std::vector<GMathVec2<double>> const& samples) {
-  unsigned int const n = static_cast<unsigned int>(samples.size());
-  std::vector<GMathRay> expected(n), rays(n), rays_unweighted(n);
-  std::vector<double> expected_weights(n), weights(n);
-  poison(expected.data(), n);
-  poison(rays.data(), n);
-  poison(rays_unweighted.data(), n);
-  poison(expected_weights.data(), n);
-  poison(weights.data(), n);
-  unsigned int produced = 0;
-  for (unsigned int i = 0; i < n; ++i) {
-    GMathRay ray;
-    poison(&ray, 1);
-    double weight = -1.0;
-    if (g.get_ray(samples[i], ray, &weight)) {
-      expected[produced] = ray;
-      expected_weights[produced] = weight;
-      ++produced;
-    } else {
-      EXPECT_EQ(weight, -1.0) << "a rejected sample writes no weight, sample " << i;
-    }
-  }
-  EXPECT_EQ(g.get_rays(samples.data(), n, rays.data(), weights.data()), produced);
-  EXPECT_EQ(g.get_rays(samples.data(), n, rays_unweighted.data(), nullptr), produced);
-  EXPECT_EQ(std::memcmp(expected.data(), rays.data(), n * sizeof(GMathRay)), 0);
-  EXPECT_EQ(std::memcmp(expected.data(), rays_unweighted.data(), n * sizeof(GMathRay)), 0);
-  EXPECT_EQ(std::memcmp(expected_weights.data(), weights.data(), n * sizeof(double)), 0);
-  return produced;
-}
-
 // Normal of a clip plane through the origin that cuts the shape through its
 // centre along the local direction `along`.
 GMathVec3<double> cutting_normal(GMathMatrix4x4<double> const& frame,
@@ -185,20 +151,6 @@ TEST(UniformSphereRayGenerator, RaysAreUnitWithUnitAuxiliaryRaysAtTheirSpread) {
     ASSERT_TRUE(d.x * rx.y - d.y * rx.x >= -1e-15) << s.x << " " << s.y;
     ASSERT_TRUE(ry.z - d.z * cy >= -1e-15) << s.x << " " << s.y;
   }
-}
-
-TEST(UniformSphereRayGenerator, ArrayFormsMatchSingleRaysBitForBit) {
-  UniformSphereRayGenerator g(GMathRay::k_type_diffuse, 0.25);
-  g.init(GMathVec3<double>(-3.0, 0.25, 7.0), 0.95, 0.9);
-  std::vector<GMathVec2<double>> const samples = test_samples(4096, 1);
-  EXPECT_EQ(expect_array_matches_single(g, samples), 4096u);
-  UniformSphereRayGenerator copy;
-  copy = g;
-  EXPECT_EQ(expect_array_matches_single(copy, samples), 4096u);
-  GMathRay ray;
-  double weight = -1.0;
-  EXPECT_EQ(g.get_rays(samples.data(), 0, &ray, &weight), 0u);
-  EXPECT_EQ(weight, -1.0);
 }
 
 TEST(UniformSphereRayGenerator, DirectionsUniformOverTheSphere) {
@@ -372,36 +324,6 @@ TEST(ShapeRayGenerators, AuxiliaryTargetOnTheOriginGivesZeroDirection) {
   EXPECT_EQ(ray.m_differential.m_ry_direction, ray.m_direction);
 }
 
-TEST(ShapeRayGenerators, ArrayFormsMatchSingleRaysInBothModes) {
-  GMathMatrix4x4<double> const frame = test_frame();
-  GMathVec3<double> const origin(1.0, 0.5, 3.0);
-  std::vector<GMathVec2<double>> const samples = test_samples(4096, 5);
-  PlacedShapes shapes;
-  shapes.line.set_ray_time(0.5);
-  shapes.plane.set_ray_type(GMathRay::k_type_diffuse);
-  // Two-sided, one-sided and no differentials.
-  for (double reduction : {0.4, 1.0}) {
-    shapes.init(origin, frame, 0.8, reduction, 0.8);
-    for (SampleRayGenerator const* g : shapes.all)
-      EXPECT_EQ(expect_array_matches_single(*g, samples), 4096u) << shapes.name(g);
-    // Discard mode: a clip plane through the origin that cuts every shape.
-    shapes.discard_clipped_samples(cutting_normal(frame, origin, GMathVec3<double>(1.0, 0.3, 0.0)));
-    for (SampleRayGenerator const* g : shapes.all) {
-      unsigned int const n = expect_array_matches_single(*g, samples);
-      EXPECT_GT(n, 1000u) << shapes.name(g);
-      EXPECT_LT(n, 3000u) << shapes.name(g);
-    }
-    // Copies keep the mode.
-    DiskRayGenerator copy;
-    copy = shapes.disk;
-    expect_array_matches_single(copy, samples);
-    shapes.disable_clipping();
-  }
-  shapes.init(origin, frame, 0.8, 1.0, 1.0);
-  for (SampleRayGenerator const* g : shapes.all)
-    EXPECT_EQ(expect_array_matches_single(*g, samples), 4096u) << shapes.name(g);
-}
-
 TEST(ShapeRayGenerators, DiscardPacksRaysAndDistancesAndLeavesTheRest) {
   PlaneRayGenerator g;
   GMathMatrix4x4<double> const frame = test_frame();
@@ -467,6 +389,11 @@ TEST(ShapeRayGenerators, ClipTestIsStrict) {
       EXPECT_FALSE(g->get_ray(GMathVec2<double>(0.5 - just, 0.5), ray, &weight));
       EXPECT_TRUE(g->get_ray(GMathVec2<double>(0.5 + just, 0.5), ray, &weight));
     }
+    // Copies keep the mode.
+    DiskRayGenerator copy;
+    copy = shapes.disk;
+    GMathRay ray;
+    EXPECT_FALSE(copy.get_ray(GMathVec2<double>(0.5 - std::ldexp(1.0, -40), 0.5), ray, nullptr));
   }
 }
 
