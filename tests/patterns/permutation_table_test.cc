@@ -7,7 +7,7 @@
 
 #include "sampling/patterns/permutation_builder.h"
 #include "sampling/patterns/radical_inverse.h"
-#include "tests/patterns/hierarchical_access.h"
+#include "tests/patterns/pattern_support.h"
 
 namespace {
 
