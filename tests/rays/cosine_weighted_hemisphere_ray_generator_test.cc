@@ -10,6 +10,7 @@
 #include "sampling/rays/ray_math.h"
 #include "sampling/sampling.h"
 #include "tests/support/chi_square.h"
+#include "tests/support/ray_bits.h"
 
 namespace {
 
@@ -63,14 +64,6 @@ std::vector<Vec2> test_samples(unsigned int count, unsigned int seed) {
     samples.emplace_back(u, samples.size() % 9 == 0 ? 1.0 - u : uniform(rng));
   }
   return samples;
-}
-
-// Ray arrays with every byte, padding included, set to one pattern, so that
-// whole records compare with memcmp.
-std::vector<GMathRay> ray_array(unsigned int count) {
-  std::vector<GMathRay> rays(count);
-  std::memset(static_cast<void*>(rays.data()), 0xA5, count * sizeof(GMathRay));
-  return rays;
 }
 
 bool same_bits(GMathRay const& a, GMathRay const& b) {
@@ -235,7 +228,7 @@ TEST(CosineWeightedHemisphereRayGenerator, DiscardPacksSurvivorsInSampleOrder) {
   unsigned int const n = static_cast<unsigned int>(samples.size());
   CosineWeightedHemisphereRayGenerator g;
   g.init(incoming_ray(d, true), 150.0, 0.0, 0.0);
-  std::vector<GMathRay> plain = ray_array(n), packed = ray_array(n);
+  std::vector<GMathRay> plain = patterned_rays(n), packed = patterned_rays(n);
   ASSERT_EQ(g.get_rays(samples.data(), n, plain.data(), nullptr), n);
   g.discard_clipped_samples(normal);
   std::vector<double> weights(n + 1, -1.0);
@@ -285,7 +278,7 @@ TEST(CosineWeightedHemisphereRayGenerator, ProjectKeepsRaysAboveThePlaneAndFlatt
   for (double angle : {60.0, 180.0}) {
     CosineWeightedHemisphereRayGenerator g;
     g.init(incoming_ray(d, true), angle, 0.1, 0.1);
-    std::vector<GMathRay> plain = ray_array(n), projected = ray_array(n);
+    std::vector<GMathRay> plain = patterned_rays(n), projected = patterned_rays(n);
     g.get_rays(samples.data(), n, plain.data(), nullptr);
     g.project_clipped_samples(normal);
     ASSERT_EQ(g.get_rays(samples.data(), n, projected.data(), nullptr), n);
@@ -360,7 +353,7 @@ TEST(CosineWeightedHemisphereRayGenerator, CopiesGenerateTheSameRays) {
   CosineWeightedHemisphereRayGenerator const constructed(g);
   std::vector<Vec2> const samples = test_samples(500, 3);
   unsigned int const n = static_cast<unsigned int>(samples.size());
-  std::vector<GMathRay> a = ray_array(n), b = ray_array(n), c = ray_array(n);
+  std::vector<GMathRay> a = patterned_rays(n), b = patterned_rays(n), c = patterned_rays(n);
   g.get_rays(samples.data(), n, a.data(), nullptr);
   copy.get_rays(samples.data(), n, b.data(), nullptr);
   constructed.get_rays(samples.data(), n, c.data(), nullptr);
@@ -378,9 +371,9 @@ TEST(CosineWeightedHemisphereRayGenerator, SharedGeneratorServesThreads) {
   g.discard_clipped_samples(unit(Vec3(0.0, 0.3, 1.0)));
   std::vector<Vec2> const samples = test_samples(2048, 55);
   unsigned int const n = static_cast<unsigned int>(samples.size());
-  std::vector<GMathRay> reference = ray_array(n);
+  std::vector<GMathRay> reference = patterned_rays(n);
   unsigned int const expected = g.get_rays(samples.data(), n, reference.data(), nullptr);
-  std::vector<std::vector<GMathRay>> results(4, ray_array(n));
+  std::vector<std::vector<GMathRay>> results(4, patterned_rays(n));
   std::vector<unsigned int> counts(4, 0);
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {

@@ -10,6 +10,14 @@
 
 // Checks of the ray generators' fast-path tests.
 
+// Ray records with every byte, padding included, set to `pattern`, so that
+// whole records compare with memcmp and untouched ones show.
+inline std::vector<GMathRay> patterned_rays(std::size_t count, unsigned char pattern = 0xA5) {
+  std::vector<GMathRay> rays(count);
+  std::memset(static_cast<void*>(rays.data()), pattern, count * sizeof(GMathRay));
+  return rays;
+}
+
 // True when every field of the two rays has the same bits (the padding of
 // the record is not compared).
 inline bool same_ray_bits(GMathRay const& a, GMathRay const& b) {
