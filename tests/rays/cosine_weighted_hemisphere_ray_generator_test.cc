@@ -48,24 +48,6 @@ GMathRay incoming_ray(Vec3 const& d, bool differentials, double const& spread = 
   return ray;
 }
 
-// Random samples with the special points of the concentric map mixed in:
-// centre, corners, edge midpoints and diagonals.
-std::vector<Vec2> test_samples(unsigned int count, unsigned int seed) {
-  std::mt19937_64 rng(seed);
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
-  double const special[] = {0.0, 0.25, 0.5, 0.75, 1.0};
-  std::vector<Vec2> samples;
-  for (double u : special) {
-    for (double v : special)
-      samples.emplace_back(u, v);
-  }
-  while (samples.size() < count) {
-    double const u = uniform(rng);
-    samples.emplace_back(u, samples.size() % 9 == 0 ? 1.0 - u : uniform(rng));
-  }
-  return samples;
-}
-
 bool same_bits(GMathRay const& a, GMathRay const& b) {
   return std::memcmp(&a, &b, sizeof(GMathRay)) == 0;
 }

@@ -10,6 +10,7 @@
 #include "sampling/rays/ray_math.h"
 #include "shape_ray_test_support.h"
 #include "tests/support/chi_square.h"
+#include "tests/support/ray_bits.h"
 
 namespace {
 
@@ -53,20 +54,6 @@ constexpr unsigned char k_sentinel = 0xA5;
 template <typename T>
 void poison(T* p, size_t count) {
   std::memset(static_cast<void*>(p), k_sentinel, count * sizeof(T));
-}
-
-// Samples spread over the square, with the edges and the centre included.
-std::vector<GMathVec2<double>> test_samples(unsigned int count, unsigned int seed) {
-  std::mt19937_64 rng(seed);
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
-  std::vector<GMathVec2<double>> samples(count);
-  double const edges[] = {0.0, 0.5, 1.0};
-  for (unsigned int i = 0; i < count; ++i) {
-    samples[i] = GMathVec2<double>(uniform(rng), uniform(rng));
-    if (i < 9)
-      samples[i] = GMathVec2<double>(edges[i % 3], edges[i / 3]);
-  }
-  return samples;
 }
 
 // Normal of a clip plane through the origin that cuts the shape through its

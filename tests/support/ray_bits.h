@@ -3,12 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <random>
 #include <vector>
 
 #include "platform/math/gmath_ray.h"
 #include "sampling/rays/sample_ray_generator.h"
 
-// Checks of the ray generators' fast-path tests.
+// Helpers of the ray generator tests.
 
 // Ray records with every byte, padding included, set to `pattern`, so that
 // whole records compare with memcmp and untouched ones show.
@@ -16,6 +17,24 @@ inline std::vector<GMathRay> patterned_rays(std::size_t count, unsigned char pat
   std::vector<GMathRay> rays(count);
   std::memset(static_cast<void*>(rays.data()), pattern, count * sizeof(GMathRay));
   return rays;
+}
+
+// Random samples with the special points of the concentric map mixed in:
+// centre, corners, edge midpoints and diagonals.
+inline std::vector<GMathVec2<double>> test_samples(unsigned int count, unsigned int seed) {
+  std::mt19937_64 rng(seed);
+  std::uniform_real_distribution<double> uniform(0.0, 1.0);
+  double const special[] = {0.0, 0.25, 0.5, 0.75, 1.0};
+  std::vector<GMathVec2<double>> samples;
+  for (double u : special) {
+    for (double v : special)
+      samples.emplace_back(u, v);
+  }
+  while (samples.size() < count) {
+    double const u = uniform(rng);
+    samples.emplace_back(u, samples.size() % 9 == 0 ? 1.0 - u : uniform(rng));
+  }
+  return samples;
 }
 
 // True when every field of the two rays has the same bits (the padding of
