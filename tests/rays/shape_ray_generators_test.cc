@@ -16,12 +16,6 @@ namespace {
 
 constexpr double k_pi = 3.141592653589793;
 
-void expect_vec(GMathVec3<double> const& got, double x, double y, double z, char const* what) {
-  EXPECT_EQ(got.x, x) << what;
-  EXPECT_EQ(got.y, y) << what;
-  EXPECT_EQ(got.z, z) << what;
-}
-
 // A worked ray of the line, plane or disk generator from the origin
 // (0, 0, 1) under the identity frame: exact distance and directions.
 struct WorkedRay {
@@ -35,13 +29,11 @@ void expect_worked_ray(SampleRayGenerator const& g, GMathVec2<double> const& sam
   double distance = 0.0;
   ASSERT_TRUE(g.get_ray(sample, ray, &distance));
   EXPECT_EQ(distance, want.distance);
-  expect_vec(ray.m_direction, want.direction.x, want.direction.y, want.direction.z, "direction");
+  EXPECT_EQ(ray.m_direction, want.direction);
   EXPECT_TRUE(ray.m_has_differentials);
   GMathRayDifferential const& d = ray.m_differential;
-  expect_vec(d.m_rx_direction, want.rx_direction.x, want.rx_direction.y, want.rx_direction.z,
-             "x auxiliary");
-  expect_vec(d.m_ry_direction, want.ry_direction.x, want.ry_direction.y, want.ry_direction.z,
-             "y auxiliary");
+  EXPECT_EQ(d.m_rx_direction, want.rx_direction);
+  EXPECT_EQ(d.m_ry_direction, want.ry_direction);
   GMathVec3<double> const origin(0.0, 0.0, 1.0);
   EXPECT_TRUE(ray.m_origin == origin && d.m_rx_origin == origin && d.m_ry_origin == origin);
   EXPECT_EQ(ray.m_aux_cleared[0] + ray.m_aux_cleared[1], 0.0);
@@ -76,12 +68,14 @@ TEST(UniformSphereRayGenerator, WorkedDirectionsAndSpreads) {
   double weight = 0.0;
   ASSERT_TRUE(g.get_ray(GMathVec2<double>(0.5, 0.0), ray, &weight));
   EXPECT_EQ(weight, 1.0);
-  expect_vec(ray.m_direction, 1.0, 0.0, 0.0, "equator at v = 0");
+  EXPECT_EQ(ray.m_direction, GMathVec3<double>(1.0, 0.0, 0.0)) << "equator at v = 0";
   // Turned by atan(2pi) towards increasing azimuth, atan(pi) towards +z.
-  expect_vec(ray.m_differential.m_rx_direction, 0.15717672547762854, 0.9875704921513856, 0.0,
-             "x spread");
-  expect_vec(ray.m_differential.m_ry_direction, 0.3033144710534224, 0.0, 0.9528905139886652,
-             "y spread");
+  EXPECT_EQ(ray.m_differential.m_rx_direction,
+            GMathVec3<double>(0.15717672547762854, 0.9875704921513856, 0.0))
+      << "x spread";
+  EXPECT_EQ(ray.m_differential.m_ry_direction,
+            GMathVec3<double>(0.3033144710534224, 0.0, 0.9528905139886652))
+      << "y spread";
   EXPECT_EQ(ray.m_origin, centre);
   EXPECT_EQ(ray.m_differential.m_rx_origin, centre);
   EXPECT_EQ(ray.m_differential.m_ry_origin, centre);
@@ -92,9 +86,9 @@ TEST(UniformSphereRayGenerator, WorkedDirectionsAndSpreads) {
 
   for (double v : {0.0, 0.3, 1.0}) {
     g.get_ray(GMathVec2<double>(0.0, v), ray, nullptr);
-    expect_vec(ray.m_direction, 0.0, 0.0, 1.0, "u = 0 is the +z pole");
+    EXPECT_EQ(ray.m_direction, GMathVec3<double>(0.0, 0.0, 1.0)) << "u = 0 is the +z pole";
     g.get_ray(GMathVec2<double>(1.0, v), ray, nullptr);
-    expect_vec(ray.m_direction, 0.0, 0.0, -1.0, "u = 1 is the -z pole");
+    EXPECT_EQ(ray.m_direction, GMathVec3<double>(0.0, 0.0, -1.0)) << "u = 1 is the -z pole";
   }
   // The library's pi leaves cos(pi/2) at about 4e-13.
   g.get_ray(GMathVec2<double>(0.5, 0.25), ray, nullptr);
@@ -375,45 +369,28 @@ GMathVec3<double> random_target_local(SampleRayGenerator const& g,
 
 }  // namespace
 
-TEST(PlaneRayGenerator, TargetsUniformOverTheRectangleUnderAFrame) {
-  PlaneRayGenerator g;
-  GMathMatrix4x4<double> const frame = test_frame();
-  g.init(GMathVec3<double>(-2.0, 1.0, 6.0), frame, 0.5, 0.5);
-  std::mt19937_64 rng(77);
-  ChiSquareDomain const domain{0.0, 1.0, 0.0, 1.0, 51, 51};
-  ChiSquareResult const r = chi_square_test(
-      domain, 1000000,
-      [&](int, double& a, double& b) {
-        GMathVec3<double> const local = random_target_local(g, frame, rng);
-        a = local.x + 0.5;
-        b = local.y + 0.5;
-        return std::fabs(local.z) <= 1e-9;
-      },
-      [](double, double) { return 1.0; }, shape_chi_square_alpha());
-  EXPECT_TRUE(r.passed) << r.message;
-}
-
-TEST(DiskRayGenerator, TargetsUniformOverTheDiskUnderAFrame) {
-  DiskRayGenerator g;
+// Targets uniform over the shape under a frame: the rectangle in its local
+// coordinates, the disk in angle fraction and squared radius.
+TEST(ShapeRayGenerators, PlaneAndDiskTargetsAreUniformUnderAFrame) {
   GMathMatrix4x4<double> const frame = test_frame();
   double const radius = 0.6;
-  g.init(GMathVec3<double>(-2.0, 1.0, 6.0), frame, radius, 0.5, 0.5);
-  std::mt19937_64 rng(78);
-  // Angle fraction and squared radius: the disk's area is uniform in both.
-  ChiSquareDomain const domain{0.0, 1.0, 0.0, 1.0, 51, 51};
-  ChiSquareResult const r = chi_square_test(
-      domain, 1000000,
-      [&](int, double& a, double& b) {
-        GMathVec3<double> const local = random_target_local(g, frame, rng) * (1.0 / radius);
-        double phi = std::atan2(local.y, local.x);
-        if (phi < 0.0)
-          phi += 2.0 * k_pi;
-        a = phi / (2.0 * k_pi);
-        b = local.x * local.x + local.y * local.y;
-        return std::fabs(local.z) <= 1e-9;
-      },
-      [](double, double) { return 1.0; }, shape_chi_square_alpha());
-  EXPECT_TRUE(r.passed) << r.message;
+  PlacedShapes shapes;
+  shapes.init(GMathVec3<double>(-2.0, 1.0, 6.0), frame, radius, 0.5, 0.5);
+  std::mt19937_64 rng(77);
+  for (SampleRayGenerator const* g : {shapes.all[1], shapes.all[2]}) {
+    bool const disk = g == &shapes.disk;
+    ChiSquareResult const r = chi_square_test(
+        ChiSquareDomain{0.0, 1.0, 0.0, 1.0, 51, 51}, 1000000,
+        [&](int, double& a, double& b) {
+          GMathVec3<double> const local = random_target_local(*g, frame, rng);
+          GMathVec3<double> const q = local * (1.0 / radius);
+          a = disk ? std::atan2(q.y, q.x) / (2.0 * k_pi) + (q.y < 0.0 ? 1.0 : 0.0) : local.x + 0.5;
+          b = disk ? q.x * q.x + q.y * q.y : local.y + 0.5;
+          return std::fabs(local.z) <= 1e-9;
+        },
+        [](double, double) { return 1.0; }, shape_chi_square_alpha());
+    EXPECT_TRUE(r.passed) << shapes.name(g) << ": " << r.message;
+  }
 }
 
 #ifdef SAMPLING_CHECKS
