@@ -213,6 +213,8 @@ TEST(HammersleySampler2d, SinglePacketModeAndCopies) {
   EXPECT_TRUE(same_bits(checked_samples(copy), all));
 }
 
+// One odd and two even splits; every split against the formula is the
+// fast-path test's.
 TEST(HammersleySampler2d, SubSetWorkedExamples) {
   struct Case {
     unsigned subsets, count;
@@ -220,7 +222,6 @@ TEST(HammersleySampler2d, SubSetWorkedExamples) {
   };
   Case const cases[] = {
       {3, 4, {{0, 3, 6, 9}, {1, 4, 7, 10}, {2, 5, 8, 11}}},
-      {2, 8, {{0, 1, 8, 9, 4, 5, 12, 13}, {2, 3, 10, 11, 6, 7, 14, 15}}},
       {4, 4, {{0, 1, 8, 9}, {4, 5, 12, 13}, {2, 3, 10, 11}, {6, 7, 14, 15}}},
       {2, 5, {{0, 1, 6, 7, 4}, {5, 8, 9, 2, 3}}},
   };
