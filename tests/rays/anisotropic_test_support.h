@@ -20,16 +20,6 @@
 
 namespace anisotropic_test {
 
-inline GMathVec3<double> random_unit(std::mt19937_64& rng) {
-  std::normal_distribution<double> normal;
-  GMathVec3<double> v(normal(rng), normal(rng), normal(rng));
-  return v * (1.0 / v.length());
-}
-
-inline GMathVec3<double> unit(GMathVec3<double> const& v) {
-  return v * (1.0 / v.length());
-}
-
 // A shading point: the arguments of init except eta.
 struct Shading {
   GMathRay incoming;

@@ -17,10 +17,6 @@ namespace {
 typedef GMathVec3<double> Vec3;
 typedef GMathVec2<double> Vec2;
 
-Vec3 unit(Vec3 const& v) {
-  return v * (1.0 / v.length());
-}
-
 // Column c of the generator's frame: T1, T2, D for c = 0, 1, 2.
 Vec3 column(CosineWeightedHemisphereRayGenerator const& g, int c) {
   GMathMatrix4x4<double> const& m = g.get_matrix();

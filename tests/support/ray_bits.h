@@ -11,6 +11,16 @@
 
 // Helpers of the ray generator tests.
 
+inline GMathVec3<double> unit(GMathVec3<double> const& v) {
+  return v * (1.0 / v.length());
+}
+
+// A direction uniform over the sphere.
+inline GMathVec3<double> random_unit(std::mt19937_64& rng) {
+  std::normal_distribution<double> normal;
+  return unit(GMathVec3<double>(normal(rng), normal(rng), normal(rng)));
+}
+
 // Ray records with every byte, padding included, set to `pattern`, so that
 // whole records compare with memcmp and untouched ones show.
 inline std::vector<GMathRay> patterned_rays(std::size_t count, unsigned char pattern = 0xA5) {
