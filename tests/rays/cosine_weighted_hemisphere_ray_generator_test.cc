@@ -322,50 +322,42 @@ TEST(CosineWeightedHemisphereRayGenerator, DirectionsAreCosineDistributedInTheCo
   }
 }
 
-TEST(CosineWeightedHemisphereRayGenerator, CopiesGenerateTheSameRays) {
-  CosineWeightedHemisphereRayGenerator g;
-  g.init(incoming_ray(unit(Vec3(1.0, 1.0, 1.0)), true), 75.0, 0.3, 0.4);
-  g.project_clipped_samples(unit(Vec3(0.0, 1.0, 0.0)));
-  CosineWeightedHemisphereRayGenerator copy;
-  copy = g;
-  CosineWeightedHemisphereRayGenerator const constructed(g);
-  std::vector<Vec2> const samples = test_samples(500, 3);
-  unsigned int const n = static_cast<unsigned int>(samples.size());
-  std::vector<GMathRay> a = patterned_rays(n), b = patterned_rays(n), c = patterned_rays(n);
-  g.get_rays(samples.data(), n, a.data(), nullptr);
-  copy.get_rays(samples.data(), n, b.data(), nullptr);
-  constructed.get_rays(samples.data(), n, c.data(), nullptr);
-  EXPECT_EQ(std::memcmp(a.data(), b.data(), n * sizeof(GMathRay)), 0);
-  EXPECT_EQ(std::memcmp(a.data(), c.data(), n * sizeof(GMathRay)), 0);
-  EXPECT_EQ(copy.get_middle_ray().m_differential.m_rx_direction,
-            g.get_middle_ray().m_differential.m_rx_direction);
-}
-
-// An initialised generator is read-only: threads sharing one get the rays a
-// single thread gets.
-TEST(CosineWeightedHemisphereRayGenerator, SharedGeneratorServesThreads) {
-  CosineWeightedHemisphereRayGenerator g;
-  g.init(incoming_ray(unit(Vec3(0.5, -0.5, 0.7)), true), 130.0, 0.2, 0.2);
-  g.discard_clipped_samples(unit(Vec3(0.0, 0.3, 1.0)));
+// An initialised generator is read-only: threads sharing one, and threads
+// on a copy-assigned or copy-constructed one, get the rays of a single
+// thread, in either clipping mode.
+TEST(CosineWeightedHemisphereRayGenerator, SharedGeneratorAndCopiesServeThreads) {
   std::vector<Vec2> const samples = test_samples(2048, 55);
   unsigned int const n = static_cast<unsigned int>(samples.size());
-  std::vector<GMathRay> reference = patterned_rays(n);
-  unsigned int const expected = g.get_rays(samples.data(), n, reference.data(), nullptr);
-  std::vector<std::vector<GMathRay>> results(4, patterned_rays(n));
-  std::vector<unsigned int> counts(4, 0);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&, t] {
-      for (int round = 0; round < 20; ++round) {
-        counts[t] = g.get_rays(samples.data(), n, results[t].data(), nullptr);
-      }
-    });
-  }
-  for (std::thread& thread : threads)
-    thread.join();
-  for (int t = 0; t < 4; ++t) {
-    EXPECT_EQ(counts[t], expected);
-    EXPECT_EQ(std::memcmp(results[t].data(), reference.data(), n * sizeof(GMathRay)), 0) << t;
+  for (bool project : {false, true}) {
+    CosineWeightedHemisphereRayGenerator g, copy;
+    g.init(incoming_ray(unit(Vec3(0.5, -0.5, 0.7)), true), 130.0, 0.2, 0.3);
+    if (project)
+      g.project_clipped_samples(unit(Vec3(0.0, 0.3, 1.0)));
+    else
+      g.discard_clipped_samples(unit(Vec3(0.0, 0.3, 1.0)));
+    copy = g;
+    CosineWeightedHemisphereRayGenerator const constructed(g);
+    EXPECT_EQ(copy.get_middle_ray().m_differential.m_rx_direction,
+              g.get_middle_ray().m_differential.m_rx_direction);
+    CosineWeightedHemisphereRayGenerator const* const users[4] = {&g, &g, &copy, &constructed};
+    std::vector<GMathRay> reference = patterned_rays(n);
+    unsigned int const expected = g.get_rays(samples.data(), n, reference.data(), nullptr);
+    std::vector<std::vector<GMathRay>> results(4, patterned_rays(n));
+    std::vector<unsigned int> counts(4, 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([&, t] {
+        for (int round = 0; round < 20; ++round)
+          counts[t] = users[t]->get_rays(samples.data(), n, results[t].data(), nullptr);
+      });
+    }
+    for (std::thread& thread : threads)
+      thread.join();
+    for (int t = 0; t < 4; ++t) {
+      EXPECT_EQ(counts[t], expected);
+      EXPECT_EQ(std::memcmp(results[t].data(), reference.data(), n * sizeof(GMathRay)), 0)
+          << "project " << project << " thread " << t;
+    }
   }
 }
 
