@@ -48,19 +48,8 @@ TEST(StratifiedSampler2d, JitterZeroGivesStratumCentresInRowOrder) {
 TEST(StratifiedSampler2d, WorkedPacketExamples) {
   GRandomMt mt(3);
   StratifiedSampler2d s;
-  GMathVec2<double> out[4], c0, c1;
-  s.init(mt, 3, 3, 2, 2, 0.0, 0.0);
-  ASSERT_EQ(s.get_packet_count(), 4u);
-  ASSERT_EQ(s.get_packet_samples(1, out, c0, c1), 2u);
-  EXPECT_DOUBLE_EQ(out[0].x, 5.0 / 6);
-  EXPECT_DOUBLE_EQ(out[0].y, 1.0 / 6);
-  EXPECT_DOUBLE_EQ(out[1].x, 5.0 / 6);
-  EXPECT_DOUBLE_EQ(out[1].y, 0.5);
-  EXPECT_DOUBLE_EQ(c0.x, 2.0 / 3);
-  EXPECT_EQ(c0.y, 0.0);
-  EXPECT_DOUBLE_EQ(c1.x, 1.0);
-  EXPECT_DOUBLE_EQ(c1.y, 2.0 / 3);
-  EXPECT_EQ(s.get_packet_samples(3, out, c0, c1), 1u);
+  GMathVec2<double> out[2], c0, c1;
+  // Packet contents and boxes against the formula are the fast-path test's.
   // Five columns in packets of two: the last packet column is one stratum
   // wide and ends at 5 * (1/5).
   s.init(mt, 5, 1, 2, 1, 1.0, 1.0);
