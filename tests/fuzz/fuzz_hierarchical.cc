@@ -12,10 +12,6 @@
 
 namespace {
 
-bool less(GMathVec2<double> const& a, GMathVec2<double> const& b) {
-  return a.x < b.x || (a.x == b.x && a.y < b.y);
-}
-
 // All samples of `sampler` by the three paths, which must agree; checks the
 // square (half-open when `below_one`) and the single packet.
 std::vector<GMathVec2<double>> all_samples(Sampler2d& sampler, bool below_one, char const* name) {
@@ -31,15 +27,7 @@ std::vector<GMathVec2<double>> all_samples(Sampler2d& sampler, bool below_one, c
     GMathVec2<double> single;
     sampler.get_sample(i, single);
     FUZZ_ASSERT(single == all[i] && packet[i] == all[i], "%s: paths differ at sample %u", name, i);
-    GMathVec2<double> const& s = all[i];
-    FUZZ_ASSERT(s.x >= 0.0 && s.y >= 0.0, "%s: sample %u (%.17g, %.17g) below 0", name, i, s.x,
-                s.y);
-    if (below_one)
-      FUZZ_ASSERT(s.x < 1.0 && s.y < 1.0, "%s: sample %u (%.17g, %.17g) not below 1", name, i, s.x,
-                  s.y);
-    else
-      FUZZ_ASSERT(s.x <= 1.0 && s.y <= 1.0, "%s: sample %u (%.17g, %.17g) above 1", name, i, s.x,
-                  s.y);
+    check_in_square(all[i], below_one, name);
   }
   return all;
 }

@@ -11,14 +11,6 @@
 
 namespace {
 
-void check_in_square(GMathVec2<double> const& s, bool below_one) {
-  FUZZ_ASSERT(s.x >= 0.0 && s.y >= 0.0, "sample (%.17g, %.17g) below 0", s.x, s.y);
-  if (below_one)
-    FUZZ_ASSERT(s.x < 1.0 && s.y < 1.0, "sample (%.17g, %.17g) not below 1", s.x, s.y);
-  else
-    FUZZ_ASSERT(s.x <= 1.0 && s.y <= 1.0, "sample (%.17g, %.17g) above 1", s.x, s.y);
-}
-
 // Collects all packets; checks their total and that each box holds its
 // samples (within `v_slack` in v, exactly in u).
 std::vector<GMathVec2<double>> collect_packets(Sampler2d& sampler, double v_slack) {
@@ -39,10 +31,6 @@ std::vector<GMathVec2<double>> collect_packets(Sampler2d& sampler, double v_slac
   FUZZ_ASSERT(all.size() == sampler.get_sample_count(), "packets hold %zu of %u", all.size(),
               sampler.get_sample_count());
   return all;
-}
-
-bool less(GMathVec2<double> const& a, GMathVec2<double> const& b) {
-  return a.x < b.x || (a.x == b.x && a.y < b.y);
 }
 
 }  // namespace
@@ -69,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
       for (unsigned int i = 0; i < n; ++i) {
         b.get_sample(i, single[i]);
         FUZZ_ASSERT(all[i] == single[i], "stratified sample %u differs", i);
-        check_in_square(all[i], false);
+        check_in_square(all[i], false, "stratified");
         double const ix = static_cast<double>(i % count_x), iy = static_cast<double>(i / count_x);
         FUZZ_ASSERT(all[i].x * count_x >= ix - 1e-9 && all[i].x * count_x <= ix + 1 + 1e-9,
                     "sample %u outside its column", i);
@@ -88,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
       for (unsigned int i = 0; i < n; ++i) {
         sampler.get_sample(i, single[i]);
         FUZZ_ASSERT(all[i] == single[i], "Hammersley sample %u differs", i);
-        check_in_square(all[i], true);
+        check_in_square(all[i], true, "Hammersley");
       }
       std::vector<GMathVec2<double>> packets = collect_packets(sampler, 0.5 / n + 1e-15);
       std::sort(packets.begin(), packets.end(), less);

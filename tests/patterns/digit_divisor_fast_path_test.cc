@@ -10,7 +10,7 @@
 
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/samplers.h"
-#include "tests/patterns/single_packet_paths.h"
+#include "tests/patterns/pattern_support.h"
 
 namespace {
 

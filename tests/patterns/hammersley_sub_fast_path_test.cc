@@ -11,18 +11,9 @@
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
+#include "tests/patterns/pattern_support.h"
 
 namespace {
-
-// The base-2 radical inverse by its digit loop.
-double plain_radical_inverse_2(unsigned int n) {
-  double result = 0.0, w = 0.5;
-  for (; n != 0; n >>= 1, w = w * 0.5) {
-    if (n & 1u)
-      result = w + result;
-  }
-  return result;
-}
 
 TEST(HammersleySubSetFastPath, SubSetPathsMatchTheFormulaOnAMillionSamples) {
   std::mt19937 rng(57);

@@ -9,7 +9,7 @@
 #include "sampling/patterns/sobol_components.h"
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
-#include "tests/patterns/single_packet_paths.h"
+#include "tests/patterns/pattern_support.h"
 
 namespace {
 

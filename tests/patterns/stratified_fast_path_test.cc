@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -11,16 +12,9 @@
 #include "platform/random/grandom_mt.h"
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/patterns/stratified_sampler2d.h"
+#include "tests/patterns/pattern_support.h"
 
 namespace {
-
-GMathVec2<double> plain_stratum(GRandomMt& mt, unsigned ix, unsigned iy, unsigned nx, unsigned ny,
-                                double jx, double jy) {
-  GMathVec2<double> s;
-  s.x = ((unit_from_u32(mt.genrand_int32()) * jx + ix) + (0.5 - jx * 0.5)) * (1.0 / nx);
-  s.y = ((unit_from_u32(mt.genrand_int32()) * jy + iy) + (0.5 - jy * 0.5)) * (1.0 / ny);
-  return s;
-}
 
 TEST(StratifiedSampler2dFastPath, ArrayPathsMatchTheFormulaOnAMillionSamples) {
   std::mt19937 rng(99);
@@ -35,18 +29,32 @@ TEST(StratifiedSampler2dFastPath, ArrayPathsMatchTheFormulaOnAMillionSamples) {
     StratifiedSampler2d sampler;
     sampler.init(mt, nx, ny, px, py, jx, jy);
     std::vector<GMathVec2<double>> out(nx * ny);
-    // All samples, rows of x first.
+    // All samples, rows of x first; then get_sample over every index, which
+    // continues the stream the same way.
     sampler.get_all_samples(out.data());
     for (unsigned int i = 0; i < nx * ny; ++i) {
       GMathVec2<double> const e = plain_stratum(reference, i % nx, i / nx, nx, ny, jx, jy);
       ASSERT_EQ(std::memcmp(&e, &out[i], sizeof e), 0) << "all, sample " << i;
     }
+    for (unsigned int i = 0; round % 8 == 0 && i < nx * ny; ++i) {
+      GMathVec2<double> one;
+      sampler.get_sample(i, one);
+      GMathVec2<double> const e = plain_stratum(reference, i % nx, i / nx, nx, ny, jx, jy);
+      ASSERT_EQ(std::memcmp(&e, &one, sizeof e), 0) << "one, sample " << i;
+    }
     // Then every packet, the strata of each row of the packet in turn.
+    // Blocks of strata cut at the grid's edge, row by row: together they
+    // cover every stratum once.
+    unsigned int const packets_x = (nx + px - 1) / px;
+    ASSERT_EQ(sampler.get_packet_count(), packets_x * ((ny + py - 1) / py));
     for (unsigned int p = 0; p < sampler.get_packet_count(); ++p) {
       GMathVec2<double> c0, c1;
       unsigned int const n = sampler.get_packet_samples(p, out.data(), c0, c1);
-      unsigned int const packets_x = (nx + px - 1) / px;
       unsigned int const x0 = (p % packets_x) * px, y0 = (p / packets_x) * py;
+      unsigned int const x1 = std::min(x0 + px, nx), y1 = std::min(y0 + py, ny);
+      ASSERT_TRUE(c0 == GMathVec2<double>(x0 * (1.0 / nx), y0 * (1.0 / ny)) &&
+                  c1 == GMathVec2<double>(x1 * (1.0 / nx), y1 * (1.0 / ny)))
+          << "packet " << p;
       unsigned int k = 0;
       for (unsigned int iy = y0; iy < y0 + py && iy < ny; ++iy) {
         for (unsigned int ix = x0; ix < x0 + px && ix < nx; ++ix, ++k) {
@@ -56,6 +64,11 @@ TEST(StratifiedSampler2dFastPath, ArrayPathsMatchTheFormulaOnAMillionSamples) {
       }
       ASSERT_EQ(n, k);
     }
+    // A packet number equal to the count writes and draws nothing.
+    GMathVec2<double> sentinel(-1.0, -1.0), c0, c1;
+    ASSERT_EQ(sampler.get_packet_samples(sampler.get_packet_count(), &sentinel, c0, c1), 0u);
+    ASSERT_TRUE(sentinel == GMathVec2<double>(-1.0, -1.0));
+    ASSERT_EQ(mt.genrand_int32(), reference.genrand_int32());
     compared += 2 * nx * ny;
   }
 }

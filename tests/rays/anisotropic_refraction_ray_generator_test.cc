@@ -11,10 +11,6 @@ using namespace anisotropic_test;
 
 namespace {
 
-double distance(GMathVec3<double> const& a, GMathVec3<double> const& b) {
-  return (a - b).length();
-}
-
 // What a sample should give, found through compute_ray (the refraction of a
 // chosen normal) and the side tests: the first candidate normal that faces I
 // and sends T below Ng, else the half-turned one, else no ray. Under total
@@ -137,7 +133,9 @@ TEST(AnisotropicRefractionRayGenerator, PacksAndWeighsExactlyTheSuccesses) {
   init(g, s, 1.5f);
   std::mt19937_64 rng(47);
   std::vector<GMathVec2<double>> const samples = random_samples(rng, 2000);
-  unsigned int const n = expect_get_rays_matches_get_ray(g, samples);
+  AnisotropicRefractionRayGenerator copy;
+  copy = g;
+  unsigned int const n = expect_get_rays_matches_get_ray(copy, samples);
   EXPECT_GT(n, 200u);
   EXPECT_LT(n, 1800u);
   unsigned int successes = 0;
@@ -197,11 +195,8 @@ TEST(AnisotropicRefractionRayGenerator, ComputeRayReportsTotalInternalReflection
 }
 
 TEST(AnisotropicRefractionRayGenerator, DifferentialsMatchFiniteDifferences) {
-  // As for reflection: perturbing I by h Dx, P by h dpdx and H by h Nx moves
-  // the transmitted direction by h (rx_direction - T), to first order, away
-  // from total internal reflection.
+  // Away from total internal reflection.
   std::mt19937_64 rng(53);
-  double const h = 1e-5;
   int checked = 0;
   for (float const eta : {0.7f, 1.3f}) {
     for (int scene = 0; scene < 20; ++scene) {
@@ -220,49 +215,20 @@ TEST(AnisotropicRefractionRayGenerator, DifferentialsMatchFiniteDifferences) {
         GMathVec3<double> first, second;
         double spread;
         candidate_normals(g, sample, first, second, spread);
-        for (int axis = 0; axis < 2; ++axis) {
-          GMathVec3<double> const dpd = axis ? s.differential.m_dpdy : s.differential.m_dpdx;
-          GMathVec3<double> const dn = dpd * (spread / dpd.length());
-          GMathVec3<double> const di = (axis ? s.incoming.m_differential.m_ry_direction
-                                             : s.incoming.m_differential.m_rx_direction) -
-                                       s.incoming.m_direction;
-          GMathVec3<double> const fd = central_difference(
-              [&](double step) {
-                Shading p = s;
-                p.incoming = GMathRay(s.incoming.m_origin, s.incoming.m_direction + di * step);
-                p.position = s.position + dpd * step;
-                AnisotropicRefractionRayGenerator moved;
-                init(moved, p, eta);
-                GMathRay moved_ray;
-                EXPECT_TRUE(moved.compute_ray(e.normal + dn * step, moved_ray));
-                return moved_ray.m_direction;
-              },
-              h);
-          GMathVec3<double> const aux =
-              axis ? ray.m_differential.m_ry_direction : ray.m_differential.m_rx_direction;
-          double const scale = 1.0 + (aux - ray.m_direction).length();
-          ASSERT_TRUE(distance(fd, aux - ray.m_direction) <= 1e-7 * scale)
-              << "eta " << eta << " scene " << scene << " axis " << axis;
-          GMathVec3<double> const aux_origin =
-              axis ? ray.m_differential.m_ry_origin : ray.m_differential.m_rx_origin;
-          ASSERT_EQ(aux_origin, s.position + dpd);
-        }
+        SCOPED_TRACE(testing::Message() << "eta " << eta << " scene " << scene);
+        expect_differentials_match_finite_differences(
+            s, ray, e.normal, spread,
+            [eta](Shading const& p, GMathVec3<double> const& n, GMathRay& out) {
+              AnisotropicRefractionRayGenerator moved;
+              init(moved, p, eta);
+              EXPECT_TRUE(moved.compute_ray(n, out));
+            });
+        if (HasFatalFailure())
+          return;
       }
     }
   }
   EXPECT_GT(checked, 300);
-}
-
-TEST(AnisotropicRefractionRayGenerator, GetRayAndGetRaysAreBitIdentical) {
-  std::mt19937_64 rng(59);
-  for (int scene = 0; scene < 8; ++scene) {
-    Shading const s = random_shading(rng, 2.0f, scene % 2 ? 2.0f : 30.0f, scene % 4 < 2);
-    AnisotropicRefractionRayGenerator g;
-    init(g, s, scene % 3 ? 1.45f : 0.8f);
-    AnisotropicRefractionRayGenerator copy;
-    copy = g;
-    EXPECT_GT(expect_get_rays_matches_get_ray(copy, random_samples(rng, 1500)), 0u);
-  }
 }
 
 #ifdef SAMPLING_CHECKS

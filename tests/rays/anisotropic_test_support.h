@@ -16,18 +16,9 @@
 #include "sampling/ray_generators.h"
 #include "sampling/rays/anisotropic_lobe.h"
 #include "sampling/rays/ray_math.h"
+#include "tests/support/ray_bits.h"
 
 namespace anisotropic_test {
-
-inline GMathVec3<double> random_unit(std::mt19937_64& rng) {
-  std::normal_distribution<double> normal;
-  GMathVec3<double> v(normal(rng), normal(rng), normal(rng));
-  return v * (1.0 / v.length());
-}
-
-inline GMathVec3<double> unit(GMathVec3<double> const& v) {
-  return v * (1.0 / v.length());
-}
 
 // A shading point: the arguments of init except eta.
 struct Shading {
@@ -135,14 +126,6 @@ inline std::vector<GMathVec2<double>> random_samples(std::mt19937_64& rng, int c
   return samples;
 }
 
-// Ray records filled with a byte pattern, so that untouched fields and
-// padding compare equal between two runs and stale data shows.
-inline std::vector<GMathRay> patterned_rays(size_t count, unsigned char pattern) {
-  std::vector<GMathRay> rays(count);
-  std::memset(static_cast<void*>(rays.data()), pattern, count * sizeof(GMathRay));
-  return rays;
-}
-
 // get_ray one sample at a time and get_rays over the whole array give the
 // same rays bit for bit, packed in sample order, with weights for exactly the
 // produced rays. Returns the number of rays.
@@ -181,10 +164,47 @@ inline void expect_sample_contract_deaths(SampleRayGenerator const& g) {
 }
 #endif
 
-// Central difference of f over [-h, h].
-template <typename F>
-GMathVec3<double> central_difference(F const& f, double h) {
-  return (f(h) - f(-h)) * (0.5 / h);
+inline double distance(GMathVec3<double> const& a, GMathVec3<double> const& b) {
+  return (a - b).length();
+}
+
+// The auxiliary rays of `ray` (sampled about the normal `normal` with spread
+// tangent `spread`) against central differences: perturbing I by h Dx, P by
+// h dpdx and the normal by h Nx (Nx = spread dpdx / |dpdx|) moves the ray
+// that compute_ray builds by h (rx_direction - D) and its origin by
+// h (rx_origin - P), to first order; likewise in y. `build(p, normal, out)`
+// initialises a generator at the shading point p and calls compute_ray.
+template <typename Build>
+void expect_differentials_match_finite_differences(Shading const& s, GMathRay const& ray,
+                                                   GMathVec3<double> const& normal,
+                                                   double const& spread, Build const& build) {
+  double const h = 1e-5;
+  for (int axis = 0; axis < 2; ++axis) {
+    SCOPED_TRACE(axis ? "y" : "x");
+    GMathVec3<double> const dpd = axis ? s.differential.m_dpdy : s.differential.m_dpdx;
+    GMathVec3<double> const dn = dpd * (spread / dpd.length());
+    GMathVec3<double> const di = (axis ? s.incoming.m_differential.m_ry_direction
+                                       : s.incoming.m_differential.m_rx_direction) -
+                                 s.incoming.m_direction;
+    auto const moved = [&](double step) {
+      Shading p = s;
+      p.incoming = GMathRay(s.incoming.m_origin, s.incoming.m_direction + di * step);
+      p.position = s.position + dpd * step;
+      GMathRay out;
+      build(p, normal + dn * step, out);
+      return out;
+    };
+    GMathRay const plus = moved(h), minus = moved(-h);
+    GMathVec3<double> const fd_direction = (plus.m_direction - minus.m_direction) * (0.5 / h);
+    GMathVec3<double> const fd_origin = (plus.m_origin - minus.m_origin) * (0.5 / h);
+    GMathRayDifferential const& d = ray.m_differential;
+    GMathVec3<double> const aux_direction = axis ? d.m_ry_direction : d.m_rx_direction;
+    GMathVec3<double> const aux_origin = axis ? d.m_ry_origin : d.m_rx_origin;
+    double const scale = 1.0 + (aux_direction - ray.m_direction).length();
+    ASSERT_TRUE(distance(fd_direction, aux_direction - ray.m_direction) <= 1e-7 * scale);
+    ASSERT_TRUE(distance(fd_origin, aux_origin - ray.m_origin) <= 1e-9);
+    ASSERT_EQ(aux_origin, s.position + dpd);
+  }
 }
 
 }  // namespace anisotropic_test

@@ -6,15 +6,12 @@
 
 #include "sampling/ray_generators.h"
 #include "sampling/rays/ray_math.h"
+#include "tests/support/ray_bits.h"
 
 namespace {
 
 typedef GMathVec3<double> Vec3;
 typedef GMathVec2<double> Vec2;
-
-Vec3 unit(Vec3 const& v) {
-  return v * (1.0 / v.length());
-}
 
 // Smallest value of the four planes at the tip of the ray's unit direction.
 double worst_plane(GMathFrustum const& frustum, GMathRay const& ray) {

@@ -32,7 +32,10 @@ TEST(CosineWeightedHemisphereFastPath, ArrayPathsMatchTheOneRayPathOnAMillionSam
     }
     // Angles up to beyond 180 degrees; negative ones without incoming
     // differentials give rays without differentials.
-    double const angle = (round % 3 == 0 ? -1.0 : 1.0) * 200.0 * unit(rng);
+    // Every fifth round takes the closed ends 0 and 180 exactly.
+    double angle = (round % 3 == 0 ? -1.0 : 1.0) * 200.0 * unit(rng);
+    if (round % 5 == 0)
+      angle = round % 10 == 0 ? 0.0 : 180.0;
     CosineWeightedHemisphereRayGenerator generator;
     generator.init(incoming, angle, unit(rng), unit(rng));
     GMathVec3<double> normal(unit(rng) - 0.5, unit(rng) - 0.5, unit(rng) - 0.5);
@@ -44,6 +47,9 @@ TEST(CosineWeightedHemisphereFastPath, ArrayPathsMatchTheOneRayPathOnAMillionSam
     bool const weighted = round % 4 < 2;
     for (GMathVec2<double>& s : samples)
       s = GMathVec2<double>(unit(rng), unit(rng));
+    // The concentric map's special points: centre, corners, edge midpoints.
+    for (unsigned int i = 0; i < 25; ++i)
+      samples[i] = GMathVec2<double>(0.25 * (i % 5), 0.25 * (i / 5));
     ASSERT_TRUE(array_path_matches_one_ray_path(generator, samples, weighted))
         << "mode " << mode << " round " << round;
   }

@@ -10,15 +10,12 @@
 #include "sampling/rays/ray_math.h"
 #include "sampling/sampling.h"
 #include "tests/support/chi_square.h"
+#include "tests/support/ray_bits.h"
 
 namespace {
 
 typedef GMathVec3<double> Vec3;
 typedef GMathVec2<double> Vec2;
-
-Vec3 unit(Vec3 const& v) {
-  return v * (1.0 / v.length());
-}
 
 // Column c of the generator's frame: T1, T2, D for c = 0, 1, 2.
 Vec3 column(CosineWeightedHemisphereRayGenerator const& g, int c) {
@@ -47,45 +44,8 @@ GMathRay incoming_ray(Vec3 const& d, bool differentials, double const& spread = 
   return ray;
 }
 
-// Random samples with the special points of the concentric map mixed in:
-// centre, corners, edge midpoints and diagonals.
-std::vector<Vec2> test_samples(unsigned int count, unsigned int seed) {
-  std::mt19937_64 rng(seed);
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
-  double const special[] = {0.0, 0.25, 0.5, 0.75, 1.0};
-  std::vector<Vec2> samples;
-  for (double u : special) {
-    for (double v : special)
-      samples.emplace_back(u, v);
-  }
-  while (samples.size() < count) {
-    double const u = uniform(rng);
-    samples.emplace_back(u, samples.size() % 9 == 0 ? 1.0 - u : uniform(rng));
-  }
-  return samples;
-}
-
-// Ray arrays with every byte, padding included, set to one pattern, so that
-// whole records compare with memcmp.
-std::vector<GMathRay> ray_array(unsigned int count) {
-  std::vector<GMathRay> rays(count);
-  std::memset(static_cast<void*>(rays.data()), 0xA5, count * sizeof(GMathRay));
-  return rays;
-}
-
 bool same_bits(GMathRay const& a, GMathRay const& b) {
   return std::memcmp(&a, &b, sizeof(GMathRay)) == 0;
-}
-
-enum Mode { k_plain, k_discard, k_project };
-
-void select_mode(CosineWeightedHemisphereRayGenerator& g, Mode mode, Vec3 const& normal) {
-  if (mode == k_plain)
-    g.disable_clipping();
-  if (mode == k_discard)
-    g.discard_clipped_samples(normal);
-  if (mode == k_project)
-    g.project_clipped_samples(normal);
 }
 
 }  // namespace
@@ -239,44 +199,6 @@ TEST(CosineWeightedHemisphereRayGenerator, DifferentialsAreUnitAndTiltedByTheSpr
   }
 }
 
-// get_rays writes exactly the rays and weights of get_ray one sample at a
-// time (rejected samples skipped), in every mode, down to the last bit.
-TEST(CosineWeightedHemisphereRayGenerator, ArrayPathMatchesSinglePathBitForBit) {
-  Vec3 const d = unit(Vec3(0.6, 0.3, -0.2));
-  Vec3 const normal = unit(Vec3(0.1, 0.9, 0.2));
-  std::vector<Vec2> const samples = test_samples(4096, 23);
-  unsigned int const n = static_cast<unsigned int>(samples.size());
-  for (double angle : {0.0, 35.0, 120.0, 180.0}) {
-    for (bool incoming : {false, true}) {
-      for (Mode mode : {k_plain, k_discard, k_project}) {
-        CosineWeightedHemisphereRayGenerator g;
-        g.init(incoming_ray(d, incoming), angle, 0.2, 0.6);
-        select_mode(g, mode, normal);
-        std::vector<GMathRay> array_rays = ray_array(n), single_rays = ray_array(n);
-        std::vector<double> array_weights(n, -1.0), single_weights(n, -1.0);
-        unsigned int const written =
-            g.get_rays(samples.data(), n, array_rays.data(), array_weights.data());
-        unsigned int kept = 0;
-        for (unsigned int i = 0; i < n; ++i) {
-          double weight = -1.0;
-          if (g.get_ray(samples[i], single_rays[kept], &weight)) {
-            single_weights[kept] = weight;
-            ++kept;
-          }
-        }
-        ASSERT_EQ(written, kept) << "angle " << angle << " mode " << mode;
-        if (mode != k_discard) {
-          ASSERT_EQ(written, n);
-        }
-        ASSERT_EQ(std::memcmp(array_rays.data(), single_rays.data(), n * sizeof(GMathRay)), 0)
-            << "angle " << angle << " mode " << mode << " differentials " << incoming;
-        ASSERT_EQ(std::memcmp(array_weights.data(), single_weights.data(), n * sizeof(double)), 0)
-            << "angle " << angle << " mode " << mode;
-      }
-    }
-  }
-}
-
 TEST(CosineWeightedHemisphereRayGenerator, DiscardPacksSurvivorsInSampleOrder) {
   Vec3 const d = unit(Vec3(0.0, 0.3, 1.0));
   Vec3 const normal = unit(Vec3(1.0, 0.0, 0.2));
@@ -284,7 +206,7 @@ TEST(CosineWeightedHemisphereRayGenerator, DiscardPacksSurvivorsInSampleOrder) {
   unsigned int const n = static_cast<unsigned int>(samples.size());
   CosineWeightedHemisphereRayGenerator g;
   g.init(incoming_ray(d, true), 150.0, 0.0, 0.0);
-  std::vector<GMathRay> plain = ray_array(n), packed = ray_array(n);
+  std::vector<GMathRay> plain = patterned_rays(n), packed = patterned_rays(n);
   ASSERT_EQ(g.get_rays(samples.data(), n, plain.data(), nullptr), n);
   g.discard_clipped_samples(normal);
   std::vector<double> weights(n + 1, -1.0);
@@ -334,7 +256,7 @@ TEST(CosineWeightedHemisphereRayGenerator, ProjectKeepsRaysAboveThePlaneAndFlatt
   for (double angle : {60.0, 180.0}) {
     CosineWeightedHemisphereRayGenerator g;
     g.init(incoming_ray(d, true), angle, 0.1, 0.1);
-    std::vector<GMathRay> plain = ray_array(n), projected = ray_array(n);
+    std::vector<GMathRay> plain = patterned_rays(n), projected = patterned_rays(n);
     g.get_rays(samples.data(), n, plain.data(), nullptr);
     g.project_clipped_samples(normal);
     ASSERT_EQ(g.get_rays(samples.data(), n, projected.data(), nullptr), n);
@@ -400,50 +322,42 @@ TEST(CosineWeightedHemisphereRayGenerator, DirectionsAreCosineDistributedInTheCo
   }
 }
 
-TEST(CosineWeightedHemisphereRayGenerator, CopiesGenerateTheSameRays) {
-  CosineWeightedHemisphereRayGenerator g;
-  g.init(incoming_ray(unit(Vec3(1.0, 1.0, 1.0)), true), 75.0, 0.3, 0.4);
-  g.project_clipped_samples(unit(Vec3(0.0, 1.0, 0.0)));
-  CosineWeightedHemisphereRayGenerator copy;
-  copy = g;
-  CosineWeightedHemisphereRayGenerator const constructed(g);
-  std::vector<Vec2> const samples = test_samples(500, 3);
-  unsigned int const n = static_cast<unsigned int>(samples.size());
-  std::vector<GMathRay> a = ray_array(n), b = ray_array(n), c = ray_array(n);
-  g.get_rays(samples.data(), n, a.data(), nullptr);
-  copy.get_rays(samples.data(), n, b.data(), nullptr);
-  constructed.get_rays(samples.data(), n, c.data(), nullptr);
-  EXPECT_EQ(std::memcmp(a.data(), b.data(), n * sizeof(GMathRay)), 0);
-  EXPECT_EQ(std::memcmp(a.data(), c.data(), n * sizeof(GMathRay)), 0);
-  EXPECT_EQ(copy.get_middle_ray().m_differential.m_rx_direction,
-            g.get_middle_ray().m_differential.m_rx_direction);
-}
-
-// An initialised generator is read-only: threads sharing one get the rays a
-// single thread gets.
-TEST(CosineWeightedHemisphereRayGenerator, SharedGeneratorServesThreads) {
-  CosineWeightedHemisphereRayGenerator g;
-  g.init(incoming_ray(unit(Vec3(0.5, -0.5, 0.7)), true), 130.0, 0.2, 0.2);
-  g.discard_clipped_samples(unit(Vec3(0.0, 0.3, 1.0)));
+// An initialised generator is read-only: threads sharing one, and threads
+// on a copy-assigned or copy-constructed one, get the rays of a single
+// thread, in either clipping mode.
+TEST(CosineWeightedHemisphereRayGenerator, SharedGeneratorAndCopiesServeThreads) {
   std::vector<Vec2> const samples = test_samples(2048, 55);
   unsigned int const n = static_cast<unsigned int>(samples.size());
-  std::vector<GMathRay> reference = ray_array(n);
-  unsigned int const expected = g.get_rays(samples.data(), n, reference.data(), nullptr);
-  std::vector<std::vector<GMathRay>> results(4, ray_array(n));
-  std::vector<unsigned int> counts(4, 0);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&, t] {
-      for (int round = 0; round < 20; ++round) {
-        counts[t] = g.get_rays(samples.data(), n, results[t].data(), nullptr);
-      }
-    });
-  }
-  for (std::thread& thread : threads)
-    thread.join();
-  for (int t = 0; t < 4; ++t) {
-    EXPECT_EQ(counts[t], expected);
-    EXPECT_EQ(std::memcmp(results[t].data(), reference.data(), n * sizeof(GMathRay)), 0) << t;
+  for (bool project : {false, true}) {
+    CosineWeightedHemisphereRayGenerator g, copy;
+    g.init(incoming_ray(unit(Vec3(0.5, -0.5, 0.7)), true), 130.0, 0.2, 0.3);
+    if (project)
+      g.project_clipped_samples(unit(Vec3(0.0, 0.3, 1.0)));
+    else
+      g.discard_clipped_samples(unit(Vec3(0.0, 0.3, 1.0)));
+    copy = g;
+    CosineWeightedHemisphereRayGenerator const constructed(g);
+    EXPECT_EQ(copy.get_middle_ray().m_differential.m_rx_direction,
+              g.get_middle_ray().m_differential.m_rx_direction);
+    CosineWeightedHemisphereRayGenerator const* const users[4] = {&g, &g, &copy, &constructed};
+    std::vector<GMathRay> reference = patterned_rays(n);
+    unsigned int const expected = g.get_rays(samples.data(), n, reference.data(), nullptr);
+    std::vector<std::vector<GMathRay>> results(4, patterned_rays(n));
+    std::vector<unsigned int> counts(4, 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([&, t] {
+        for (int round = 0; round < 20; ++round)
+          counts[t] = users[t]->get_rays(samples.data(), n, results[t].data(), nullptr);
+      });
+    }
+    for (std::thread& thread : threads)
+      thread.join();
+    for (int t = 0; t < 4; ++t) {
+      EXPECT_EQ(counts[t], expected);
+      EXPECT_EQ(std::memcmp(results[t].data(), reference.data(), n * sizeof(GMathRay)), 0)
+          << "project " << project << " thread " << t;
+    }
   }
 }
 

@@ -7,16 +7,9 @@
 #include "platform/math/gmath_frustum.h"
 #include "platform/math/gmath_ray.h"
 #include "sampling/rays/ray_math.h"
+#include "tests/support/ray_bits.h"
 
-namespace {
-
-GMathVec3<double> random_unit(std::mt19937_64& rng) {
-  std::normal_distribution<double> normal;
-  GMathVec3<double> v(normal(rng), normal(rng), normal(rng));
-  return v * (1.0 / v.length());
-}
-
-}  // namespace
+namespace {}  // namespace
 
 TEST(GMathRay, DefaultRecordAndTypeValues) {
   GMathRay ray;

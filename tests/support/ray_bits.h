@@ -3,12 +3,49 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <random>
 #include <vector>
 
 #include "platform/math/gmath_ray.h"
 #include "sampling/rays/sample_ray_generator.h"
 
-// Checks of the ray generators' fast-path tests.
+// Helpers of the ray generator tests.
+
+inline GMathVec3<double> unit(GMathVec3<double> const& v) {
+  return v * (1.0 / v.length());
+}
+
+// A direction uniform over the sphere.
+inline GMathVec3<double> random_unit(std::mt19937_64& rng) {
+  std::normal_distribution<double> normal;
+  return unit(GMathVec3<double>(normal(rng), normal(rng), normal(rng)));
+}
+
+// Ray records with every byte, padding included, set to `pattern`, so that
+// whole records compare with memcmp and untouched ones show.
+inline std::vector<GMathRay> patterned_rays(std::size_t count, unsigned char pattern = 0xA5) {
+  std::vector<GMathRay> rays(count);
+  std::memset(static_cast<void*>(rays.data()), pattern, count * sizeof(GMathRay));
+  return rays;
+}
+
+// Random samples with the special points of the concentric map mixed in:
+// centre, corners, edge midpoints and diagonals.
+inline std::vector<GMathVec2<double>> test_samples(unsigned int count, unsigned int seed) {
+  std::mt19937_64 rng(seed);
+  std::uniform_real_distribution<double> uniform(0.0, 1.0);
+  double const special[] = {0.0, 0.25, 0.5, 0.75, 1.0};
+  std::vector<GMathVec2<double>> samples;
+  for (double u : special) {
+    for (double v : special)
+      samples.emplace_back(u, v);
+  }
+  while (samples.size() < count) {
+    double const u = uniform(rng);
+    samples.emplace_back(u, samples.size() % 9 == 0 ? 1.0 - u : uniform(rng));
+  }
+  return samples;
+}
 
 // True when every field of the two rays has the same bits (the padding of
 // the record is not compared).

@@ -167,37 +167,3 @@ TEST(SurfaceBlueNoise, PointsKeepTheirDistanceWithinATree) {
     EXPECT_TRUE(same >= spacing - 1e-6) << "group " << group << " closest " << same;
   }
 }
-
-TEST(SurfaceBlueNoise, DescriptorsAreValidDeterministicAndInTableOrder) {
-  GeometryMesh const terrain = make_terrain();
-  GMathMatrix4x4<double> const matrix = GMathMatrix4x4<double>::scale(1, 1, 3);
-  for (unsigned int group : {k_all, 2u}) {
-    Descriptors first, second;
-    Vectors positions, a, b;
-    double spacing = 0.0, spacing_long = 0.0, other = 0.0;
-    Sampling::surface_blue_noise_density(CtxEval(), terrain, matrix, 40.0, first, spacing, group);
-    Sampling::surface_blue_noise_count(CtxEval(), terrain, matrix, 50, second, other, k_all);
-    Sampling::surface_blue_noise_density(CtxEval(), terrain, matrix, 40.0, second, positions, a, b,
-                                         spacing_long, group);
-    expect_valid_descriptors(terrain, group, first);
-    expect_same_descriptors(first, second);
-    EXPECT_EQ(spacing, 1.0 / std::sqrt(40.0));
-    EXPECT_EQ(spacing_long, spacing);
-    Vectors p2, a2, b2;
-    compute_world_samples(CtxEval(), terrain, matrix, second, p2, a2, b2);
-    ASSERT_EQ(positions.count(), p2.count());
-    for (std::size_t k = 0; k < p2.count(); ++k)
-      EXPECT_EQ(positions[k], p2[k]) << k;
-
-    // Points come grouped by primitive, in area-table order.
-    CoreArray<PrimitiveArea> table;
-    double total = 0.0;
-    build_area_table(CtxEval(), terrain, matrix, group, table, total);
-    std::vector<std::size_t> rank(terrain.get_primitive_count(), 0);
-    for (std::size_t i = 0; i < table.count(); ++i)
-      rank[table[i].m_primitive] = i;
-    for (std::size_t k = 1; k < first.count(); ++k) {
-      EXPECT_LE(rank[first[k - 1].m_primitive], rank[first[k].m_primitive]) << k;
-    }
-  }
-}

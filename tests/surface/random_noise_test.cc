@@ -51,67 +51,14 @@ TEST(SurfaceRandomNoise, ExactPlacementsOnSmallMeshes) {
   expect_descriptor(descriptors[1], expected_descriptor(0, 3, reference, DrawOrder::k_white));
   EXPECT_EQ(spacing, 1.0 / std::sqrt(0.5));
 
-  // Three equal areas, count 2: the table lists 2, 0, 1; primitive 2 gets
-  // one point (0.667 rounds up), 0 none (0.333), 1 one (just below 1).
-  TableObject const three({{1, 4, 0}, {1, 4, 0}, {1, 4, 0}});
-  Sampling::surface_random_noise_count(CtxEval(), three, GMathMatrix4x4<double>(), 2, descriptors,
-                                       spacing, k_all);
-  reference.seed(1);
-  ASSERT_EQ(descriptors.count(), 2u);
-  expect_descriptor(descriptors[0], expected_descriptor(2, 4, reference, DrawOrder::k_white));
-  expect_descriptor(descriptors[1], expected_descriptor(1, 4, reference, DrawOrder::k_white));
-
-  // One primitive of area A takes all N points: spacing 1 / sqrt(N / A).
-  TableObject const one({{2.5, 3, 0}});
-  Sampling::surface_random_noise_count(CtxEval(), one, GMathMatrix4x4<double>(), 7, descriptors,
-                                       spacing, k_all);
-  reference.seed(1);
-  ASSERT_EQ(descriptors.count(), 7u);
-  for (unsigned int k = 0; k < 7; ++k)
-    expect_descriptor(descriptors[k], expected_descriptor(0, 3, reference, DrawOrder::k_white));
-  EXPECT_EQ(spacing, 1.0 / std::sqrt(7.0 / 2.5));
-
+  // Ties in the table and the carry over many primitives are the area table
+  // test's and CountsPerPrimitiveFollowArea's.
   // Density entry: total 10 x density 0.35 gives 3 points.
   TableObject const ten({{4, 4, 0}, {6, 4, 0}});
   EXPECT_TRUE(Sampling::surface_random_noise_density(CtxEval(), ten, GMathMatrix4x4<double>(), 0.35,
                                                      descriptors, spacing, k_all));
   EXPECT_EQ(descriptors.count(), 3u);
   EXPECT_EQ(spacing, 1.0 / std::sqrt(0.35));
-}
-
-TEST(SurfaceRandomNoise, DescriptorsAreValidDeterministicAndEvaluated) {
-  GeometryMesh const terrain = make_terrain();
-  GMathMatrix4x4<double> const matrix =
-      GMathMatrix4x4<double>::translation(0.5, 1, -2) * GMathMatrix4x4<double>::scale(2, 1, 1);
-  for (unsigned int group : {k_all, 0u, 2u}) {
-    Descriptors first, second, by_density;
-    Vectors positions, a, b;
-    double spacing = 0.0, spacing_long = 0.0;
-    Sampling::surface_random_noise_count(CtxEval(), terrain, matrix, 5000, first, spacing, group);
-    ASSERT_EQ(first.count(), 5000u);
-    expect_valid_descriptors(terrain, group, first);
-    // Another call in between does not change the next result.
-    double other_spacing = 0.0;
-    Sampling::surface_random_noise_count(CtxEval(), terrain, matrix, 77, second, other_spacing,
-                                         k_all);
-    Sampling::surface_random_noise_count(CtxEval(), terrain, matrix, 5000, second, positions, a, b,
-                                         spacing_long, group);
-    expect_same_descriptors(first, second);
-    EXPECT_EQ(spacing, spacing_long);
-    Vectors p2, a2, b2;
-    compute_world_samples(CtxEval(), terrain, matrix, second, p2, a2, b2);
-    ASSERT_EQ(positions.count(), 5000u);
-    for (std::size_t k = 0; k < 5000; k += 97) {
-      EXPECT_EQ(positions[k], p2[k]);
-      EXPECT_EQ(a[k], a2[k]);
-      EXPECT_EQ(b[k], b2[k]);
-    }
-    // The density that the count entry reports places the same points.
-    double const density = 1.0 / (spacing * spacing);
-    Sampling::surface_random_noise_density(CtxEval(), terrain, matrix, density * 1.0000001,
-                                           by_density, spacing, group);
-    expect_same_descriptors(first, by_density);
-  }
 }
 
 TEST(SurfaceRandomNoise, CountsPerPrimitiveFollowArea) {

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <thread>
 #include <vector>
 
 #include "sampling/sampling.h"
+#include "sampling/surface/area_table.h"
 #include "tests/surface/surface_fixtures.h"
 
 namespace {
@@ -14,15 +16,26 @@ typedef bool (*CountEntry)(CtxEval const&, GeometryObject const&, GMathMatrix4x4
 typedef bool (*DensityEntry)(CtxEval const&, GeometryObject const&, GMathMatrix4x4<double> const&,
                              double const&, Descriptors&, double&, unsigned int const&);
 
+typedef bool (*ShortCountEntry)(CtxEval const&, GeometryObject const&,
+                                GMathMatrix4x4<double> const&, unsigned int const&, Descriptors&,
+                                double&, unsigned int const&);
+typedef bool (*LongDensityEntry)(CtxEval const&, GeometryObject const&,
+                                 GMathMatrix4x4<double> const&, double const&, Descriptors&,
+                                 Vectors&, Vectors&, Vectors&, double&, unsigned int const&);
+
 struct Entries {
   char const* m_name;
   CountEntry m_count;
   DensityEntry m_density;
+  ShortCountEntry m_short_count;
+  LongDensityEntry m_long_density;
 };
 
 Entries const k_entries[] = {
-    {"random", &Sampling::surface_random_noise_count, &Sampling::surface_random_noise_density},
-    {"blue", &Sampling::surface_blue_noise_count, &Sampling::surface_blue_noise_density},
+    {"random", &Sampling::surface_random_noise_count, &Sampling::surface_random_noise_density,
+     &Sampling::surface_random_noise_count, &Sampling::surface_random_noise_density},
+    {"blue", &Sampling::surface_blue_noise_count, &Sampling::surface_blue_noise_density,
+     &Sampling::surface_blue_noise_count, &Sampling::surface_blue_noise_density},
 };
 
 }  // namespace
@@ -79,6 +92,50 @@ TEST(SurfaceEntries, EmptyRequestsAndEmptySurfaces) {
                                          b, spacing, 0, true));
   EXPECT_EQ(descriptors.count(), 4u);
   EXPECT_EQ(spacing, -3.0);
+}
+
+// Every form places valid descriptors, grouped by primitive in area-table
+// order; the long forms are the short ones evaluated; another call in between
+// changes nothing; the density a count call reports places the same points.
+TEST(SurfaceEntries, FormsAgreeAndCallsAreIndependent) {
+  GeometryMesh const terrain = make_terrain();
+  GMathMatrix4x4<double> const matrix =
+      GMathMatrix4x4<double>::translation(0.5, 1, -2) * GMathMatrix4x4<double>::scale(2, 1, 3);
+  for (Entries const& entry : k_entries) {
+    for (unsigned int group : {k_all, 2u}) {
+      SCOPED_TRACE(testing::Message() << entry.m_name << " group " << group);
+      Descriptors first, second, by_density, dense, dense_long;
+      Vectors positions, a, b, p2, a2, b2;
+      double spacing = 0.0, spacing_long = 0.0, other = 0.0, dense_spacing = 0.0;
+      entry.m_short_count(CtxEval(), terrain, matrix, 600, first, spacing, group);
+      ASSERT_GT(first.count(), 200u);
+      expect_valid_descriptors(terrain, group, first);
+      entry.m_short_count(CtxEval(), terrain, matrix, 77, second, other, k_all);
+      entry.m_count(CtxEval(), terrain, matrix, 600, second, positions, a, b, spacing_long, group);
+      expect_same_descriptors(first, second);
+      EXPECT_EQ(spacing, spacing_long);
+      compute_world_samples(CtxEval(), terrain, matrix, second, p2, a2, b2);
+      ASSERT_EQ(positions.count(), p2.count());
+      for (std::size_t k = 0; k < p2.count(); ++k)
+        ASSERT_TRUE(positions[k] == p2[k] && a[k] == a2[k] && b[k] == b2[k]) << k;
+      entry.m_density(CtxEval(), terrain, matrix, 1.0000001 / (spacing * spacing), by_density,
+                      other, group);
+      expect_same_descriptors(first, by_density);
+      entry.m_density(CtxEval(), terrain, matrix, 40.0, dense, dense_spacing, group);
+      entry.m_long_density(CtxEval(), terrain, matrix, 40.0, dense_long, positions, a, b, other,
+                           group);
+      expect_same_descriptors(dense, dense_long);
+      EXPECT_TRUE(dense_spacing == 1.0 / std::sqrt(40.0) && other == dense_spacing);
+      CoreArray<PrimitiveArea> table;
+      double total = 0.0;
+      build_area_table(CtxEval(), terrain, matrix, group, table, total);
+      std::vector<std::size_t> rank(terrain.get_primitive_count(), 0);
+      for (std::size_t i = 0; i < table.count(); ++i)
+        rank[table[i].m_primitive] = i;
+      for (std::size_t k = 1; k < first.count(); ++k)
+        ASSERT_LE(rank[first[k - 1].m_primitive], rank[first[k].m_primitive]) << k;
+    }
+  }
 }
 
 TEST(SurfaceEntries, ConcurrentCallsMatchASingleCall) {
