@@ -3,7 +3,8 @@
 #  - the SONAME is set;
 #  - the exported symbols are exactly those listed in exported_symbols.txt
 #    (so an accidental export, or the removal of a public member, fails);
-#  - nothing exported lies outside the public classes.
+#  - nothing exported lies outside the public classes;
+#  - loading the library runs no code of ours (no static initialisers).
 # Weak symbols (inline members the optimiser may or may not emit out of line)
 # are held to the public-class rule but left out of the list, so the list is
 # the same for every build type.
@@ -33,6 +34,12 @@ leaks=$(grep -vE '^(Sampling|Sampler2d|[A-Za-z]+Sampler2d|SampleRayGenerator|[A-
 if [[ -n "$leaks" ]]; then
   echo "exported symbols that belong to no public class:"
   echo "$leaks"
+  fail=1
+fi
+initialisers=$(nm "$lib" 2>/dev/null | grep -E '_GLOBAL__sub_I' || true)
+if [[ -n "$initialisers" ]]; then
+  echo "static initialisers run when the library loads:"
+  echo "$initialisers"
   fail=1
 fi
 difference=$(diff -u "$list" <(printf '%s\n' "$symbols") || true)
