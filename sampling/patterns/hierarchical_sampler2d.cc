@@ -8,7 +8,7 @@
 #include "sampling/patterns/permutation_builder.h"
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/patterns/sobol_components.h"
-#include "sampling/sampling.h"
+#include "sampling/warps/shuffle_index.h"
 
 CoreAtomic64* HierarchicalSampler2d::m_table = nullptr;
 unsigned int const HierarchicalSampler2d::m_table_size = 2048;
@@ -89,7 +89,7 @@ void HierarchicalSampler2d::init(unsigned int const& seed, unsigned int const& c
       if (m_indices != nullptr) {
         // The v offset and the starting position use all 32 bits of the seed.
         m_v_offset = radical_inverse_3(seed);
-        m_offset = set_start + Sampling::shuffle_index(seed, m_point_count);
+        m_offset = set_start + shuffled_index(seed, m_point_count);
         m_scale = 1.0 / static_cast<double>(m_point_count);
         set_callbacks<HierarchicalSampler2d, &get_sample_hammersley_callback,
                       &get_all_samples_hammersley_callback,
