@@ -71,8 +71,6 @@ unsigned int HaltonSampler2d::get_packet_samples_callback(HaltonSampler2d& sampl
                                                           GMathVec2<double>& corner1) {
   // All N samples as one packet, through the array path.
   get_all_samples_callback(sampler, samples);
-  corner0 = GMathVec2<double>(0.0, 0.0);
-  corner1 = GMathVec2<double>(1.0, 1.0);
   (void)packet;
-  return sampler.m_sample_count;
+  return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }

@@ -2,6 +2,7 @@
 
 #include "sampling/checks.h"
 #include "sampling/patterns/radical_inverse.h"
+#include "sampling/patterns/single_packet_callbacks.h"
 #include "sampling/warps/shuffle_index.h"
 
 namespace {
@@ -149,9 +150,7 @@ unsigned int HammersleySampler2d::get_single_packet_samples_callback(HammersleyS
                                                                      GMathVec2<double>& corner0,
                                                                      GMathVec2<double>& corner1) {
   get_all_samples_callback(sampler, samples);
-  corner0 = GMathVec2<double>(0.0, 0.0);
-  corner1 = GMathVec2<double>(1.0, 1.0);
-  return sampler.m_sample_count;
+  return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }
 
 unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2d& sampler,
@@ -202,7 +201,5 @@ unsigned int HammersleySampler2d::get_sub_packet_samples_callback(HammersleySamp
                                                                   GMathVec2<double>& corner0,
                                                                   GMathVec2<double>& corner1) {
   get_all_sub_samples_callback(sampler, samples);
-  corner0 = GMathVec2<double>(0.0, 0.0);
-  corner1 = GMathVec2<double>(1.0, 1.0);
-  return sampler.m_sample_count;
+  return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }

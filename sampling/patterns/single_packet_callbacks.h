@@ -7,6 +7,15 @@
 // the sampler's own member function writing (u, v) of a sample index; the
 // sampler's named callbacks forward to these, so every such sampler
 // walks its samples and writes its box the same way. Not part of the API.
+// The box of a single-packet sampler's one packet: the whole square, (0,0)
+// to (1,1). Returns `count`, the number of samples that packet holds.
+inline unsigned int whole_square_packet(GMathVec2<double>& corner0, GMathVec2<double>& corner1,
+                                        unsigned int const& count) {
+  corner0 = GMathVec2<double>(0.0, 0.0);
+  corner1 = GMathVec2<double>(1.0, 1.0);
+  return count;
+}
+
 template <typename S, void (S::*Point)(unsigned int const&, double&, double&) const>
 struct SinglePacketCallbacks {
   // Sample `index`.
@@ -30,8 +39,6 @@ struct SinglePacketCallbacks {
                                          GMathVec2<double>* samples, GMathVec2<double>& corner0,
                                          GMathVec2<double>& corner1) {
     get_all_samples(sampler, samples);
-    corner0 = GMathVec2<double>(0.0, 0.0);
-    corner1 = GMathVec2<double>(1.0, 1.0);
-    return sampler.get_sample_count();
+    return whole_square_packet(corner0, corner1, sampler.get_sample_count());
   }
 };

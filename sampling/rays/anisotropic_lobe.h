@@ -127,11 +127,6 @@ struct AnisotropicLobe {
     return anisotropic_spread_tangent(std::pow(k_anisotropic_level_min, 1.0 / (n + 1.0)));
   }
 
-  // The callers' contract on samples: both coordinates in [0, 1].
-  static bool in_unit_square(GMathVec2<double> const& sample) {
-    return sample.x >= 0.0 && sample.x <= 1.0 && sample.y >= 0.0 && sample.y <= 1.0;
-  }
-
   // The local normal with its azimuth turned by half a turn about N.
   static void turn_half(GMathVec3<double>& local) {
     local.x = -local.x;

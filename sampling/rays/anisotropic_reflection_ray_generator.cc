@@ -109,7 +109,7 @@ GMathVec3<double> AnisotropicReflectionRayGenerator::global_to_local(
 bool AnisotropicReflectionRayGenerator::get_ray_callback(
     AnisotropicReflectionRayGenerator const& generator, GMathVec2<double> const& sample,
     GMathRay& ray, double* weight) {
-  SAMPLING_CHECK(Lobe::in_unit_square(sample),
+  SAMPLING_CHECK(in_unit_square(sample),
                  "AnisotropicReflectionRayGenerator::get_ray: sample outside [0,1]^2");
   generator.create_ray(sample, ray);
   store_unit_weight(weight);
@@ -122,7 +122,7 @@ unsigned int AnisotropicReflectionRayGenerator::get_rays_callback(
   SAMPLING_CHECK(count == 0 || (samples && rays),
                  "AnisotropicReflectionRayGenerator::get_rays: null sample or ray array");
   for (unsigned int i = 0; i < count; ++i) {
-    SAMPLING_CHECK(Lobe::in_unit_square(samples[i]),
+    SAMPLING_CHECK(in_unit_square(samples[i]),
                    "AnisotropicReflectionRayGenerator::get_rays: sample outside [0,1]^2");
     generator.create_ray(samples[i], rays[i]);
   }

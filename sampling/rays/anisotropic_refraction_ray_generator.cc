@@ -139,7 +139,7 @@ GMathVec3<double> AnisotropicRefractionRayGenerator::global_to_local(
 bool AnisotropicRefractionRayGenerator::get_ray_callback(
     AnisotropicRefractionRayGenerator const& generator, GMathVec2<double> const& sample,
     GMathRay& ray, double* weight) {
-  SAMPLING_CHECK(Lobe::in_unit_square(sample),
+  SAMPLING_CHECK(in_unit_square(sample),
                  "AnisotropicRefractionRayGenerator::get_ray: sample outside [0,1]^2");
   store_unit_weight(weight);
   return generator.create_ray(sample, ray);
@@ -152,7 +152,7 @@ unsigned int AnisotropicRefractionRayGenerator::get_rays_callback(
                  "AnisotropicRefractionRayGenerator::get_rays: null sample or ray array");
   unsigned int produced = 0;
   for (unsigned int i = 0; i < count; ++i) {
-    SAMPLING_CHECK(Lobe::in_unit_square(samples[i]),
+    SAMPLING_CHECK(in_unit_square(samples[i]),
                    "AnisotropicRefractionRayGenerator::get_rays: sample outside [0,1]^2");
     produced += generator.create_ray(samples[i], rays[produced]) ? 1u : 0u;
   }

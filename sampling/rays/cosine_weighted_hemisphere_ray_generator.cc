@@ -23,7 +23,7 @@ inline void check_arrays(GMathVec2<double> const* samples, unsigned int const& c
 }
 
 inline void check_sample(GMathVec2<double> const& sample) {
-  SAMPLING_CHECK(sample.x >= 0.0 && sample.x <= 1.0 && sample.y >= 0.0 && sample.y <= 1.0,
+  SAMPLING_CHECK(in_unit_square(sample),
                  "CosineWeightedHemisphereRayGenerator: samples must lie in [0,1]^2");
   (void)sample;
 }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "platform/math/gmath_vec2.h"
 #include "platform/math/gmath_vec3.h"
 
 // Internal vector helpers shared by the ray generators. Not exported: they
@@ -9,6 +10,12 @@
 
 // Threshold below which a guarded normalisation yields the zero vector.
 constexpr double k_ray_normalize_epsilon = 1e-8;
+
+// The callers' contract on samples and packet corners: both coordinates in
+// [0, 1].
+inline bool in_unit_square(GMathVec2<double> const& sample) {
+  return sample.x >= 0.0 && sample.x <= 1.0 && sample.y >= 0.0 && sample.y <= 1.0;
+}
 
 // a . b, the products summed x, y, z in that order.
 inline double dot(GMathVec3<double> const& a, GMathVec3<double> const& b) {

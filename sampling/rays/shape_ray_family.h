@@ -58,12 +58,6 @@ struct ShapeRayFamily {
     differential.m_ry_direction = aim_displaced(to_sample, g.m_differential_delta_y);
   }
 
-  // The callers' contract on samples and box corners: both coordinates in
-  // [0, 1].
-  static bool in_unit_square(GMathVec2<double> const& sample) {
-    return sample.x >= 0.0 && sample.x <= 1.0 && sample.y >= 0.0 && sample.y <= 1.0;
-  }
-
   // World vector from the ray origin to the shape's point of `sample`.
   static GMathVec3<double> to_sample(G const& g, GMathVec2<double> const& sample) {
     SAMPLING_CHECK(in_unit_square(sample), "shape ray generator: sample outside [0,1]^2");
