@@ -17,9 +17,6 @@ class CoreAtomic64 {
   // published is visible after reading it.
   std::uint64_t get() const { return m_value.load(std::memory_order_acquire); }
 
-  // Atomic store (sequentially consistent).
-  void set(std::uint64_t const& v) { m_value.store(v, std::memory_order_seq_cst); }
-
   // If the cell holds `expected`, replaces it by `desired`. Returns the value
   // found in the cell before the operation (equal to `expected` on success).
   // Full barrier in both outcomes.

@@ -39,8 +39,4 @@ struct GMathBbox3 {
     return p.x >= m_min.x && p.x <= m_max.x && p.y >= m_min.y && p.y <= m_max.y && p.z >= m_min.z &&
            p.z <= m_max.z;
   }
-  GMathVec3<T> center() const {
-    return GMathVec3<T>((m_min.x + m_max.x) * T(0.5), (m_min.y + m_max.y) * T(0.5),
-                        (m_min.z + m_max.z) * T(0.5));
-  }
 };

@@ -20,7 +20,6 @@ struct GMathMatrix3x3 {
 
   // Column c as a vector (elements c, c + 3, c + 6).
   GMathVec3<T> column(int c) const { return GMathVec3<T>(m[c], m[c + 3], m[c + 6]); }
-  GMathVec3<T> row(int r) const { return GMathVec3<T>(m[3 * r], m[3 * r + 1], m[3 * r + 2]); }
 };
 
 static_assert(sizeof(GMathMatrix3x3<double>) == 72, "GMathMatrix3x3<double> is nine doubles");
