@@ -118,15 +118,19 @@ ChiSquareResult chi_square_test(ChiSquareDomain const& domain, int n,
       double const a0 = domain.a_min + ia * wa;
       double const b0 = domain.b_min + ib * wb;
       double const e = n * integrate_cell(density, a0, a0 + wa, b0, b0 + wb);
-      double const o = observed[static_cast<size_t>(ib) * na + ia];
-      if (e == 0.0 && o > 0.0)
-        return failed("cell (", ia, ", ", ib, ") expects nothing but holds ", o);
       expected_total += e;
-      cells.emplace_back(e, o);
+      cells.emplace_back(e, observed[static_cast<size_t>(ib) * na + ia]);
     }
   }
   if (!(std::fabs(expected_total - n) <= 1e-3 * n))
     return failed("density integrates to ", expected_total / n, ", not 1");
+  return chi_square_of_cells(std::move(cells), alpha);
+}
+
+ChiSquareResult chi_square_of_cells(std::vector<std::pair<double, double>> cells, double alpha) {
+  for (std::size_t k = 0; k < cells.size(); ++k)
+    if (cells[k].first == 0.0 && cells[k].second > 0.0)
+      return failed("cell ", k, " expects nothing but holds ", cells[k].second);
   // Cells expecting fewer than 5 samples are pooled, smallest first, until
   // the pool expects 5; a remainder is a term of its own.
   std::sort(cells.begin(), cells.end());

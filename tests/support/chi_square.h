@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // Chi-square goodness-of-fit test of a 2D sample distribution against a
@@ -41,3 +42,8 @@ double chi_square_p_value(double chi2, int dof);
 ChiSquareResult chi_square_test(ChiSquareDomain const& domain, int n,
                                 std::function<bool(int, double&, double&)> const& sample,
                                 std::function<double(double, double)> const& density, double alpha);
+
+// The test over cells already counted, each (expected, observed): a cell
+// that expects nothing but holds samples fails; cells expecting fewer than 5
+// are pooled, smallest first. Does not check the expected total.
+ChiSquareResult chi_square_of_cells(std::vector<std::pair<double, double>> cells, double alpha);

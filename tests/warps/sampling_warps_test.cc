@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <numeric>
@@ -11,7 +12,7 @@
 #include "platform/random/grandom_mt.h"
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/sampling.h"
-#include "tests/support/chi_square.h"
+#include "tests/support/density_harness.h"
 
 namespace {
 
@@ -191,70 +192,81 @@ TEST(SamplingWarps, FramesAreOrthonormalRightHandedAndDomainsHold) {
 
 namespace {
 
-// Azimuth of a direction as a fraction of the full turn, in [0, 1].
-double turn(Vec3 const& d) {
-  return std::atan2(d.y, d.x) / (2 * std::acos(-1.0)) + 0.5;
-}
+double const pi = std::acos(-1.0);
 
-ChiSquareResult run_chi_square(ChiSquareDomain const& domain, unsigned seed,
-                               std::function<void(double, double, Vec3&)> const& warp,
-                               std::function<double(Vec3 const&)> const& b_of,
-                               std::function<double(double, double)> const& density) {
-  Uniform uniform(seed);
-  return chi_square_test(
-      domain, 1000000,
-      [&](int, double& a, double& b) {
-        double const u = uniform(), v = uniform();
-        Vec3 d;
-        warp(u, v, d);
-        a = turn(d);
-        b = b_of(d);
-        return std::isfinite(a) && std::isfinite(b);
-      },
-      density, alpha);
+DensitySampler sampler_of(void (*warp)(double const&, double const&, Vec3&)) {
+  return [warp](GMathVec2<double> const& uv, Vec3& d) { return warp(uv.x, uv.y, d), true; };
 }
 
 }  // namespace
 
-// In (azimuth turn, b): the sphere is uniform in z, the cosine lobe has
-// density 2 cos(theta) per unit of cos(theta) (2 mu / s^2 inside a cone of
-// sine s), and the disk is uniform in the squared radius.
 TEST(SamplingWarps, WarpsFollowTheirDensities) {
   double const s = 0.5, mu0 = std::sqrt(1 - s * s);
-  auto const z = [](Vec3 const& d) { return d.z; };
   struct Case {
     char const* name;
-    ChiSquareDomain domain;
-    std::function<void(double, double, Vec3&)> warp;
-    std::function<double(Vec3 const&)> b_of;
-    std::function<double(double, double)> density;
+    DensityDomain domain;
+    DensitySampler sampler;
+    Density density;
   } const cases[] = {
-      {"sphere_uniform",
-       {0, 1, -1, 1, 51, 101},
-       [](double u, double v, Vec3& d) { Sampling::sphere_uniform(u, v, d); },
-       z,
-       [](double, double) { return 0.5; }},
-      {"hemisphere_cosine_concentric",
-       {0, 1, 0, 1, 51, 101},
-       [](double u, double v, Vec3& d) { Sampling::hemisphere_cosine_concentric(u, v, d, 1.0); },
-       z,
-       [](double, double mu) { return 2 * mu; }},
-      {"hemisphere_cosine_concentric in a cone",
-       {0, 1, mu0, 1, 51, 101},
-       [s](double u, double v, Vec3& d) { Sampling::hemisphere_cosine_concentric(u, v, d, s); },
-       z,
-       [s](double, double mu) { return 2 * mu / (s * s); }},
-      {"disk_concentric",
-       {0, 1, 0, 1, 51, 101},
-       [](double u, double v, Vec3& p) { Sampling::disk_concentric(u, v, p); },
-       [](Vec3 const& p) { return p.x * p.x + p.y * p.y; },
-       [](double, double) { return 1.0; }},
+      {"sphere_uniform", DensityDomain::sphere, sampler_of(&Sampling::sphere_uniform),
+       [](Vec3 const&) { return 0.25 / pi; }},
+      {"hemisphere_cosine_concentric", DensityDomain::hemisphere,
+       [](GMathVec2<double> const& uv, Vec3& d) {
+         return Sampling::hemisphere_cosine_concentric(uv.x, uv.y, d, 1.0), true;
+       },
+       [](Vec3 const& d) { return d.z / pi; }},
+      {"hemisphere_cosine_concentric in a cone", DensityDomain::hemisphere,
+       [s](GMathVec2<double> const& uv, Vec3& d) {
+         return Sampling::hemisphere_cosine_concentric(uv.x, uv.y, d, s), true;
+       },
+       [=](Vec3 const& d) { return d.z >= mu0 ? d.z / (pi * s * s) : 0.0; }},
+      {"disk_concentric", DensityDomain::disk, sampler_of(&Sampling::disk_concentric),
+       [](Vec3 const&) { return 1.0 / pi; }},
   };
-  unsigned seed = 11;
+  DensityTestOptions options;
+  options.alpha = alpha;
   for (Case const& c : cases) {
-    auto const r = run_chi_square(c.domain, seed++, c.warp, c.b_of, c.density);
+    auto const r = chi_square_density(c.domain, c.sampler, c.density, options);
     EXPECT_TRUE(r.passed) << c.name << ": " << r.message;
+    ++options.seed;
   }
+}
+
+// The harness has the power to see a density 5% off: tilted (still
+// normalised, so only the counts can tell), scaled, or missing the samples
+// a sampler declines.
+TEST(DensityHarness, RejectsADensityFivePercentWrong) {
+  DensitySampler const sphere = sampler_of(&Sampling::sphere_uniform);
+  DensityTestOptions options;
+  options.alpha = alpha;
+  auto const tilted = chi_square_density(
+      DensityDomain::sphere, sphere, [](Vec3 const& d) { return (1 + 0.05 * d.z) * 0.25 / pi; },
+      options);
+  EXPECT_FALSE(tilted.passed) << tilted.message;
+  EXPECT_TRUE(tilted.dof > 1000 && tilted.p_value < alpha) << tilted.message;
+  std::printf("tilted by 5%%: %s\n", tilted.message.c_str());
+  auto const scaled = chi_square_density(
+      DensityDomain::sphere, sphere, [](Vec3 const&) { return 1.05 * 0.25 / pi; }, options);
+  EXPECT_FALSE(scaled.passed) << scaled.message;
+  std::printf("scaled by 1.05: %s\n", scaled.message.c_str());
+  // Declining the lower 5% of the sphere against the whole density: the
+  // declined cell expects nothing and fails; against the clipped density it
+  // passes.
+  DensitySampler const clipped = [](GMathVec2<double> const& uv, Vec3& d) {
+    Sampling::sphere_uniform(uv.x, uv.y, d);
+    return d.z > -0.9;
+  };
+  auto const full = chi_square_density(
+      DensityDomain::sphere, clipped, [](Vec3 const&) { return 0.25 / pi; }, options);
+  EXPECT_FALSE(full.passed) << full.message;
+  auto const kept = chi_square_density(
+      DensityDomain::sphere, clipped, [](Vec3 const& d) { return d.z > -0.9 ? 0.25 / pi : 0.0; },
+      options);
+  EXPECT_TRUE(kept.passed) << kept.message;
+  EXPECT_TRUE(
+      std::fabs(integrate_density(DensityDomain::sphere,
+                                  [](Vec3 const& d) { return d.z > -0.9 ? 0.25 / pi : 0.0; }) -
+                0.95) <= 1e-6);
 }
 
 // The rank test below proves every count up to 300 and positions past the
