@@ -10,6 +10,7 @@
 
 #include "bench/bench_support.h"
 #include "sampling/sampling.h"
+#include "sampling/warps.h"
 
 namespace {
 
@@ -175,6 +176,31 @@ struct SphereCosine {
   }
 };
 
+// The exported entry against its inline body from sampling/warps.h as the
+// reference: x_reference is the price of the call per sample.
+template <typename O, typename W>
+struct Inline {
+  using Out = O;
+  static void library(double const& u, double const& v, Out& o) { W::exported(u, v, o.d); }
+  static void plain(double const& u, double const& v, Out& o) { W::inlined(u, v, o.d); }
+};
+struct SphereUniformCall {
+  static void exported(double const& u, double const& v, Vec3& d) {
+    Sampling::sphere_uniform(u, v, d);
+  }
+  static void inlined(double const& u, double const& v, Vec3& d) {
+    sampling::warps::sphere_uniform(u, v, d);
+  }
+};
+struct HemisphereCosineConcentricCall {
+  static void exported(double const& u, double const& v, Vec3& d) {
+    Sampling::hemisphere_cosine_concentric(u, v, d, k_scale);
+  }
+  static void inlined(double const& u, double const& v, Vec3& d) {
+    sampling::warps::hemisphere_cosine_concentric(u, v, d, k_scale);
+  }
+};
+
 template <typename W>
 void BM_Warp(benchmark::State& state) {
   using Out = typename W::Out;
@@ -211,5 +237,7 @@ BENCHMARK_TEMPLATE(BM_Warp, SphereUniform<Point>);
 BENCHMARK_TEMPLATE(BM_Warp, SphereUniform<Frame>);
 BENCHMARK_TEMPLATE(BM_Warp, SphereCosine<Point>);
 BENCHMARK_TEMPLATE(BM_Warp, SphereCosine<Frame>);
+BENCHMARK_TEMPLATE(BM_Warp, Inline<Point, SphereUniformCall>);
+BENCHMARK_TEMPLATE(BM_Warp, Inline<Point, HemisphereCosineConcentricCall>);
 
 }  // namespace

@@ -52,11 +52,26 @@ class SAMPLING_API Sampling {
   // (towards the +z pole), so that tangent x bitangent = direction for a unit
   // direction. No input is clamped: callers keep u, v and radius_scale in
   // [0, 1].
+  //
+  // Each warp has a density (_pdf) and an inverse (_inverse). Densities are
+  // those of the map as computed (its truncated pi, its radius_scale cone)
+  // for (u, v) uniform on [0,1]^2: per unit area on the disk, per unit solid
+  // angle on the hemisphere and sphere, zero outside the support. Inverses
+  // take a point of the support (a unit direction for the hemisphere and
+  // sphere) to (u, v) in [0,1]^2 whose warp is that point to rounding; at a
+  // pole or the centre, where the azimuth is undefined, they pick the
+  // preimage of atan2's azimuth. The same functions, inline and with the
+  // same bits, are in sampling/warps.h (namespace sampling::warps), which
+  // also derives each density; docs/densities.md sums them up.
 
   // Concentric (Shirley-Chiu) square-to-disk map in polar form: radius in
   // [0, 1] and angle in (-pi/4, 7pi/4] for (u, v) in [0,1]^2. Uniform over
   // the disk's area. The centre gives radius -0.0 and angle 0. Trig-free.
   static void to_unit_disk(double const& u, double const& v, double& radius, double& angle);
+  // Its inverse: polar (radius, angle), radius in [0, 1] and angle in
+  // [-pi, 2pi) (atan2's range, [0, 2pi) or the map's own), to (u, v) in
+  // [0,1]^2. Radius 0 gives (0.5, 0.5).
+  static void to_unit_disk_inverse(double const& radius, double const& angle, double& u, double& v);
 
   // Point of the unit disk in the z = 0 plane, uniform per unit area.
   static void disk_concentric(double const& u, double const& v, GMathVec3<double>& point);
@@ -64,6 +79,10 @@ class SAMPLING_API Sampling {
   // increasing angle; tangent x bitangent = +z.
   static void disk_concentric(double const& u, double const& v, GMathVec3<double>& point,
                               GMathVec3<double>& tangent, GMathVec3<double>& bitangent);
+  // Density of disk_concentric per unit area: 1 / pi (the library's pi).
+  static double disk_concentric_pdf();
+  // Inverse of disk_concentric for a point of the unit disk (z not read).
+  static void disk_concentric_inverse(GMathVec3<double> const& point, double& u, double& v);
 
   // Hemisphere direction with polar angle u pi/2 (linear in u, so not uniform
   // per solid angle) and azimuth 2pi v; rho = sin(u pi/2) radius_scale.
@@ -72,6 +91,14 @@ class SAMPLING_API Sampling {
   static void hemisphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
                                  GMathVec3<double>& tangent, GMathVec3<double>& bitangent,
                                  double const& radius_scale);
+  // Density per unit solid angle: z / (pi^2 rho sqrt(s^2 - rho^2)) in the
+  // cone rho <= s = radius_scale, 1 / (pi^2 sin(theta)) for s = 1; infinite
+  // (integrably) at the pole and at the rim of a cone with s < 1.
+  static double hemisphere_uniform_pdf(GMathVec3<double> const& direction,
+                                       double const& radius_scale);
+  // Inverse: u = asin(rho / s) 2 / pi, v = azimuth / 2pi.
+  static void hemisphere_uniform_inverse(GMathVec3<double> const& direction,
+                                         double const& radius_scale, double& u, double& v);
 
   // As hemisphere_uniform, with the polar angle radius pi/2 and the azimuth
   // taken from the concentric map.
@@ -83,6 +110,15 @@ class SAMPLING_API Sampling {
                                             GMathVec3<double>& tangent,
                                             GMathVec3<double>& bitangent,
                                             double const& radius_scale);
+  // Density per unit solid angle: 4 t z / (pi^3 rho sqrt(s^2 - rho^2)) with
+  // t = asin(rho / s) in the cone; 4 theta / (pi^3 sin(theta)) for s = 1.
+  static double hemisphere_uniform_concentric_pdf(GMathVec3<double> const& direction,
+                                                  double const& radius_scale);
+  // Inverse: the concentric map's inverse at radius asin(rho / s) 2 / pi and
+  // the direction's azimuth.
+  static void hemisphere_uniform_concentric_inverse(GMathVec3<double> const& direction,
+                                                    double const& radius_scale, double& u,
+                                                    double& v);
 
   // Hemisphere direction lifted from the polar disk point (u radius_scale,
   // 2pi v); not area-uniform on the disk.
@@ -91,6 +127,13 @@ class SAMPLING_API Sampling {
   static void hemisphere_cosine(double const& u, double const& v, GMathVec3<double>& direction,
                                 GMathVec3<double>& tangent, GMathVec3<double>& bitangent,
                                 double const& radius_scale);
+  // Density per unit solid angle: z / (2pi s rho) in the cone; infinite
+  // (integrably) at the pole.
+  static double hemisphere_cosine_pdf(GMathVec3<double> const& direction,
+                                      double const& radius_scale);
+  // Inverse: u = rho / s, v = azimuth / 2pi.
+  static void hemisphere_cosine_inverse(GMathVec3<double> const& direction,
+                                        double const& radius_scale, double& u, double& v);
 
   // Cosine-weighted hemisphere direction (Malley: the concentric disk point
   // lifted to the hemisphere). With radius_scale s = 1 the density is
@@ -103,18 +146,35 @@ class SAMPLING_API Sampling {
                                            GMathVec3<double>& direction, GMathVec3<double>& tangent,
                                            GMathVec3<double>& bitangent,
                                            double const& radius_scale);
+  // Density per unit solid angle: z / (pi s^2) in the cone, else 0.
+  static double hemisphere_cosine_concentric_pdf(GMathVec3<double> const& direction,
+                                                 double const& radius_scale);
+  // Inverse: the concentric map's inverse at radius rho / s and the
+  // direction's azimuth.
+  static void hemisphere_cosine_concentric_inverse(GMathVec3<double> const& direction,
+                                                   double const& radius_scale, double& u,
+                                                   double& v);
 
   // Uniform direction on the unit sphere, density 1 / (4 pi) per unit solid
   // angle: z = 1 - 2u (from +1 at u = 0 to -1 at u = 1), azimuth 2pi v.
   static void sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction);
   static void sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
                              GMathVec3<double>& tangent, GMathVec3<double>& bitangent);
+  // Density per unit solid angle: 1 / (4 pi) everywhere.
+  static double sphere_uniform_pdf(GMathVec3<double> const& direction);
+  // Inverse: u = (1 - z) / 2, v = azimuth / 2pi.
+  static void sphere_uniform_inverse(GMathVec3<double> const& direction, double& u, double& v);
 
   // Direction on the unit sphere with z = sin(pi/2 - u pi) (polar angle
   // linear in u), azimuth 2pi v.
   static void sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction);
   static void sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction,
                             GMathVec3<double>& tangent, GMathVec3<double>& bitangent);
+  // Density per unit solid angle: 1 / (2pi^2 sin(theta)); infinite
+  // (integrably) at both poles.
+  static double sphere_cosine_pdf(GMathVec3<double> const& direction);
+  // Inverse: u from the polar angle theta (atan2), v = azimuth / 2pi.
+  static void sphere_cosine_inverse(GMathVec3<double> const& direction, double& u, double& v);
 
   // Position of `index` in the recursive even/odd order of `count` items:
   // the rank of index's base-2 radical inverse among those of 0..count-1.

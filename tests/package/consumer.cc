@@ -5,6 +5,7 @@
 
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
+#include "sampling/warps.h"
 
 int main() {
   HammersleySampler2d sampler;
@@ -20,6 +21,21 @@ int main() {
   double const length = std::sqrt(d.x * d.x + d.y * d.y + d.z * d.z);
   if (!(std::fabs(length - 1.0) <= 1e-12)) {
     std::fprintf(stderr, "direction not unit: %g\n", length);
+    return 1;
+  }
+  // The inline warps, the densities and the inverses, inline and exported.
+  GMathVec3<double> c;
+  sampling::warps::hemisphere_cosine_concentric(0.75, 0.5, c, 1.0);
+  double const pdf = Sampling::hemisphere_cosine_concentric_pdf(c, 1.0);
+  double u = 0.0, v = 0.0;
+  Sampling::hemisphere_cosine_concentric_inverse(c, 1.0, u, v);
+  double iu = 0.0, iv = 0.0;
+  sampling::warps::sphere_uniform_inverse(d, iu, iv);
+  if (!(std::fabs(c.x - 0.5) <= 1e-12 && std::fabs(pdf * k_sampling_pi - c.z) <= 1e-12 &&
+        std::fabs(u - 0.75) + std::fabs(v - 0.5) <= 1e-12 &&
+        pdf == sampling::warps::hemisphere_cosine_concentric_pdf(c, 1.0) &&
+        std::fabs(iu - samples[5].x) + std::fabs(iv - samples[5].y) <= 1e-12)) {
+    std::fprintf(stderr, "inline warp, density or inverse off: (%g, %g), pdf %g\n", u, v, pdf);
     return 1;
   }
   std::printf("consumer ok\n");

@@ -6,26 +6,12 @@
 #include <utility>
 #include <vector>
 
-#include "platform/random/grandom_mt.h"
-#include "sampling/patterns/radical_inverse.h"
-
 namespace {
 
 using Vec2 = GMathVec2<double>;
 using Vec3 = GMathVec3<double>;
 
 double const two_pi = 2.0 * std::acos(-1.0);
-
-// Independent uniform points of the unit square: a fixed-seed Mersenne
-// Twister through unit_from_u32, both ends reachable.
-struct UniformSquare {
-  GRandomMt mt;
-  explicit UniformSquare(unsigned seed) : mt(seed) {}
-  Vec2 operator()() {
-    double const u = unit_from_u32(mt.genrand_int32());
-    return Vec2(u, unit_from_u32(mt.genrand_int32()));
-  }
-};
 
 double dot(Vec3 const& a, Vec3 const& b) {
   return a.x * b.x + a.y * b.y + a.z * b.z;

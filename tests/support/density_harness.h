@@ -4,6 +4,8 @@
 
 #include "platform/math/gmath_vec2.h"
 #include "platform/math/gmath_vec3.h"
+#include "platform/random/grandom_mt.h"
+#include "sampling/patterns/radical_inverse.h"
 #include "tests/support/chi_square.h"
 
 // Statistical checks of a sampler against the density the library claims
@@ -18,6 +20,18 @@
 // cell, in (angle, r) or (angle, theta) so that the poles and the centre
 // carry no singular Jacobian; it splits a cell along the axis that gains
 // most, so sharp lobes and the rims of clipped supports are resolved.
+
+// Independent uniform inputs, never a low-discrepancy set: a fixed-seed
+// Mersenne Twister through unit_from_u32, both ends of [0, 1] reachable.
+struct UniformSquare {
+  GRandomMt mt;
+  explicit UniformSquare(unsigned seed) : mt(seed) {}
+  double next() { return unit_from_u32(mt.genrand_int32()); }
+  GMathVec2<double> operator()() {
+    double const u = next();
+    return GMathVec2<double>(u, next());
+  }
+};
 
 enum class DensityDomain {
   disk,        // the unit disk in the frame's z = 0 plane; density per unit area

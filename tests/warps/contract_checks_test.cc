@@ -1,5 +1,6 @@
 // Caller contracts of the warps that checked builds report: samples in
-// [0,1]^2 and radius scales in [0,1]. The square's edges are inside.
+// [0,1]^2, radius scales in [0,1], unit directions for the densities and
+// inverses. The square's edges are inside.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -29,6 +30,16 @@ TEST(WarpContractsDeathTest, SamplesAndRadiusScalesOutsideTheUnitRange) {
                "hemisphere_cosine_concentric: sample");
   EXPECT_DEATH(Sampling::sphere_cosine(1.25, 0.5, d), "Sampling::sphere_cosine: sample");
   EXPECT_DEATH(Sampling::sphere_cosine(0.5, -0.5, d, t, b), "sphere_cosine: sample");
+  // Densities and inverses read a direction as a unit vector.
+  double u, v;
+  EXPECT_DEATH(Sampling::hemisphere_cosine_pdf(GMathVec3<double>(0, 0, 2), 1.0),
+               "Sampling::hemisphere_cosine_pdf: direction not of unit length");
+  EXPECT_DEATH(Sampling::sphere_cosine_inverse(GMathVec3<double>(0, 0.5, 0), u, v),
+               "sphere_cosine_inverse: direction not of unit length");
+  EXPECT_DEATH(Sampling::hemisphere_uniform_inverse(GMathVec3<double>(0, 0, 1), 1.5, u, v),
+               "hemisphere_uniform_inverse: radius_scale outside");
+  EXPECT_DEATH(Sampling::to_unit_disk_inverse(0.5, 7.0, u, v),
+               "to_unit_disk_inverse: angle outside \\[-pi, 2pi\\)");
   // The edges and the ends of the radius scale are in contract.
   Sampling::to_unit_disk(0.0, 1.0, radius, angle);
   Sampling::hemisphere_cosine_concentric(1.0, 0.0, d, t, b, 0.0);
