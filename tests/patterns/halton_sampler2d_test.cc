@@ -55,24 +55,6 @@ TEST(HaltonSampler2d, SeedMovesTheStartAndWraps) {
   EXPECT_EQ(sample.y, 0.0);
 }
 
-// The array paths against get_sample are the fast-path test's; here: any
-// packet number gives the one packet, and base 2 is the diagonal.
-TEST(HaltonSampler2d, AnyPacketNumberIsTheOnePacketAndBaseTwoIsTheDiagonal) {
-  for (unsigned int base : {2u, 3u, 1000u}) {
-    HaltonSampler2d sampler;
-    sampler.init(12345, 7, 3, base);
-    ASSERT_EQ(sampler.get_packet_count(), 1u);
-    Points const all = all_samples(sampler);
-    Points packed(21);
-    GMathVec2<double> corner0(-1, -1), corner1(-1, -1);
-    ASSERT_EQ(sampler.get_packet_samples(5, packed.data(), corner0, corner1), 21u);
-    EXPECT_TRUE(corner0 == GMathVec2<double>(0, 0) && corner1 == GMathVec2<double>(1, 1));
-    EXPECT_TRUE(same_bits(packed, all)) << base;
-    for (unsigned int i = 0; base == 2 && i < 21; ++i)
-      EXPECT_EQ(all[i].x, all[i].y) << "sample " << i;
-  }
-}
-
 // The general digit loop with base 3 is the specialised base-3 inverse bit
 // for bit, and every base keeps v inside [0, 1), even for indices near 2^32.
 TEST(HaltonSampler2d, GeneralBaseLoopMatchesBaseThreeAndStaysBelowOne) {
@@ -114,11 +96,3 @@ TEST(HaltonSampler2d, ConsecutivePointsStratifyElementaryIntervals) {
     }
   }
 }
-
-#ifdef SAMPLING_CHECKS
-TEST(HaltonSampler2dDeathTest, BaseBelowTwoIsACallerError) {
-  HaltonSampler2d sampler;
-  EXPECT_DEATH(sampler.init(0, 4, 4, 1), "HaltonSampler2d::init: base must be at least 2");
-  EXPECT_DEATH(sampler.init(0, 4, 4, 0), "HaltonSampler2d::init: base must be at least 2");
-}
-#endif

@@ -44,30 +44,6 @@ TEST(HierarchicalSampler2d, DefaultModeIsHammersleyAndSetModeWaitsForInit) {
   EXPECT_TRUE(same_bits(all_samples(sampler), set_samples(H::SOBOL, 3, 16, 4, 1))) << "after init";
 }
 
-// The array paths against get_sample are the fast-path test's; here: an
-// unknown mode, any packet number and the unit square.
-TEST(HierarchicalSampler2d, EveryModeHasOnePacketAndStaysInTheUnitSquare) {
-  LibraryScope library;
-  for (unsigned int mode : {0u, 1u, 2u, 3u, 7u}) {
-    for (unsigned int seed : {0u, 4242u, 4294967295u}) {
-      H sampler(static_cast<H::Mode>(mode));
-      sampler.init(seed, 37, 3, 2);
-      ASSERT_EQ(sampler.get_packet_count(), 1u);
-      Points const all = all_samples(sampler);
-      Points packed(37);
-      GMathVec2<double> corner0(-1, -1), corner1(-1, -1);
-      ASSERT_EQ(sampler.get_packet_samples(9, packed.data(), corner0, corner1), 37u);
-      EXPECT_TRUE(corner0 == GMathVec2<double>(0, 0) && corner1 == GMathVec2<double>(1, 1));
-      EXPECT_TRUE(same_bits(packed, all)) << "mode " << mode;
-      // The low-discrepancy modes stay below 1; the 32-bit ones may reach it.
-      double const top = (mode == H::HAMMERSLEY || mode == H::HALTON) ? 0.9999999999 : 1.0;
-      for (GMathVec2<double> const& q : all)
-        ASSERT_TRUE(q.x >= 0.0 && q.x <= top && q.y >= 0.0 && q.y <= top)
-            << "mode " << mode << " seed " << seed << ": " << q.x << ", " << q.y;
-    }
-  }
-}
-
 // Halton mode = the Halton sampler in base 3 started at s + N * c; only the
 // seed's low 16 bits count. Hammersley mode serves the same points when no
 // permutation exists for M (M above 2048) and keeps reporting its mode.
@@ -235,15 +211,3 @@ TEST(HierarchicalSampler2d, RandomModeReadsDisjointRunsOfTheTable) {
       [](double, double) { return 1.0; }, chi_square_alpha(1));
   EXPECT_TRUE(result.passed) << result.message;
 }
-
-#ifdef SAMPLING_CHECKS
-TEST(HierarchicalSampler2dDeathTest, HammersleyModeBeforeLibraryInitIsACallerError) {
-  Sampling::destroy();
-  H sampler;
-  EXPECT_DEATH(sampler.init(0, 4, 4, 0), "Hammersley mode before Sampling::init");
-  // The other modes do not need the table.
-  H halton(H::HALTON);
-  halton.init(0, 4, 4, 0);
-  EXPECT_EQ(halton.get_sample_count(), 4u);
-}
-#endif

@@ -170,27 +170,3 @@ TEST(PermutationTableStress, ThreadsRacingForNewSizesShareOneArray) {
     }
   }
 }
-
-// Repeated start and end of the library, each cycle building permutations of
-// several sizes through samplers: every cycle gives the first cycle's
-// samples, and each destroy frees everything built (the leak checker of the
-// address-sanitizer build and valgrind's memcheck fail the run otherwise).
-TEST(PermutationTable, ManyInitDestroyCyclesRebuildTheSameSamplesAndLeaveNothing) {
-  unsigned int const sizes[] = {1u, 7u, 300u, 2048u};
-  std::vector<Points> first;
-  for (unsigned int cycle = 0; cycle < 100; ++cycle) {
-    Sampling::init();
-    for (unsigned int k = 0; k < 4; ++k) {
-      HierarchicalSampler2d sampler;
-      sampler.init(cycle % 3 == 0 ? 11u : 11u + 65536u * cycle, sizes[k], 1, 0);
-      Points const samples = all_samples(sampler);
-      if (cycle == 0) {
-        first.push_back(samples);
-      } else if (cycle % 3 == 0) {
-        ASSERT_EQ(samples, first[k]) << "cycle " << cycle << ", M " << sizes[k];
-      }
-    }
-    Sampling::destroy();
-    ASSERT_EQ(Access::table(), nullptr) << "cycle " << cycle;
-  }
-}

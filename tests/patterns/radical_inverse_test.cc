@@ -1,28 +1,57 @@
+// The fast digit forms against their plain loops, bit for bit: the base-2
+// closed form (bit reversal times 2^-32), Sobol's second component eight bits
+// at a time, and the digit loop with the base's division prepared once.
 #include <gtest/gtest.h>
 
-#include "platform/random/grandom_mt.h"
+#include <cstring>
+#include <random>
+
 #include "sampling/patterns/radical_inverse.h"
+#include "sampling/patterns/sobol_components.h"
 #include "tests/patterns/pattern_support.h"
 
-// The closed form that runs (bit reversal times 2^-32) against the digit loop,
-// bit for bit: every 20-bit value, every single- and two-bit pattern, and two
-// million random 32-bit values.
-TEST(RadicalInverse2, ClosedFormEqualsDigitLoop) {
-  for (unsigned int n = 0; n < (1u << 20); ++n) {
+TEST(RadicalInverse2, ClosedFormAndSobolBytesEqualTheirBitLoops) {
+  std::mt19937 rng(20261123u);
+  for (unsigned int i = 0; i < (1u << 20); ++i) {
+    // Every 18-bit value, then random 32-bit ones.
+    unsigned int const n = i < (1u << 18) ? i : static_cast<unsigned int>(rng());
     ASSERT_EQ(radical_inverse_2(n), plain_radical_inverse_2(n)) << n;
+    ASSERT_EQ(sobol_2_by_bytes(n), sobol_2(n)) << n;
   }
-  for (unsigned int i = 0; i < 32; ++i) {
-    for (unsigned int j = 0; j < 32; ++j) {
-      unsigned int const n = (1u << i) | (1u << j);
-      ASSERT_EQ(radical_inverse_2(n), plain_radical_inverse_2(n)) << n;
-      ASSERT_EQ(radical_inverse_2(~n), plain_radical_inverse_2(~n)) << ~n;
-    }
+  EXPECT_EQ(radical_inverse_2(0xFFFFFFFFu), 1.0 - 0x1p-32);
+  EXPECT_EQ(sobol_2_by_bytes(0xFFFFFFFFu), sobol_2(0xFFFFFFFFu));
+}
+
+// A base: the samplers' small ones, powers of two, and any 32-bit value from
+// 2 up, the extremes included.
+static unsigned int random_divisor(std::mt19937& rng, unsigned int const& i) {
+  switch (i % 4) {
+    case 0:
+      return 2u + rng() % 63u;
+    case 1:
+      return 1u << (1u + rng() % 31u);
+    case 2:
+      return i % 8 == 2 ? 0xFFFFFFFFu - rng() % 3u : 2u + rng() % 0xFFFFu;
+    default:
+      return rng() | 2u;
   }
-  GRandomMt mt(20261123u);
-  for (int i = 0; i < 2000000; ++i) {
-    unsigned int const n = mt.genrand_int32();
-    ASSERT_EQ(radical_inverse_2(n), plain_radical_inverse_2(n)) << n;
+}
+
+TEST(DigitDivisor, QuotientAndRadicalInverseAreThePlainDivision) {
+  std::mt19937 rng(2718);
+  for (unsigned int i = 0; i < 300000; ++i) {
+    unsigned int const d = random_divisor(rng, i);
+    DigitDivisor const divisor(d);
+    // Random n, the values around a multiple of d where the quotient steps,
+    // and the ends of the range.
+    unsigned int const k = rng() / d;
+    unsigned int const ns[5] = {static_cast<unsigned int>(rng()), k * d, k * d - 1u, 0xFFFFFFFFu,
+                                d - 1u};
+    for (unsigned int const n : ns)
+      ASSERT_EQ(divisor.quotient(n), n / d) << "n " << n << " d " << d;
+    unsigned int const base = i % 16 == 0 ? d : 2u + rng() % 62u;
+    double const fast = radical_inverse_b(ns[0], DigitDivisor(base), 1.0 / base);
+    double const plain = radical_inverse_b(ns[0], base, 1.0 / base);
+    ASSERT_EQ(std::memcmp(&fast, &plain, sizeof fast), 0) << "n " << ns[0] << " base " << base;
   }
-  EXPECT_EQ(reverse_bits(1u), 0x80000000u);
-  EXPECT_EQ(reverse_bits(0x12345678u), 0x1E6A2C48u);
 }

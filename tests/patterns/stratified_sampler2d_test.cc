@@ -3,20 +3,13 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <random>
 #include <vector>
 
 #include "platform/random/grandom_mt.h"
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/patterns/stratified_sampler2d.h"
 #include "tests/patterns/pattern_support.h"
-
-namespace {
-
-bool same_point(GMathVec2<double> const& a, GMathVec2<double> const& b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-}  // namespace
 
 TEST(StratifiedSampler2d, UnitFromU32ReachesBothEndsExactly) {
   std::uint64_t bits;
@@ -27,91 +20,80 @@ TEST(StratifiedSampler2d, UnitFromU32ReachesBothEndsExactly) {
   EXPECT_LT(unit_from_u32(4294967294u), 1.0);
 }
 
-TEST(StratifiedSampler2d, JitterZeroGivesStratumCentresInRowOrder) {
-  GRandomMt mt(7), reference(7);
-  StratifiedSampler2d s;
-  s.init(mt, 3, 2, 1, 1, 0.0, 0.0);
-  EXPECT_EQ(s.get_sample_count(), 6u);
-  std::vector<GMathVec2<double>> out(6);
-  s.get_all_samples(out.data());
-  double const xs[3] = {1.0 / 6, 0.5, 5.0 / 6};
-  for (unsigned i = 0; i < 6; ++i) {
-    EXPECT_DOUBLE_EQ(out[i].x, xs[i % 3]) << i;
-    EXPECT_DOUBLE_EQ(out[i].y, i < 3 ? 0.25 : 0.75) << i;
-  }
-  // Two draws per sample even without jitter.
-  for (int i = 0; i < 12; ++i)
-    reference.genrand_int32();
-  EXPECT_EQ(mt.genrand_int32(), reference.genrand_int32());
-}
-
-TEST(StratifiedSampler2d, WorkedPacketExamples) {
-  GRandomMt mt(3);
-  StratifiedSampler2d s;
-  GMathVec2<double> out[2], c0, c1;
-  // Packet contents and boxes against the formula are the fast-path test's.
-  // Five columns in packets of two: the last packet column is one stratum
-  // wide and ends at 5 * (1/5).
-  s.init(mt, 5, 1, 2, 1, 1.0, 1.0);
-  ASSERT_EQ(s.get_packet_count(), 3u);
-  EXPECT_EQ(s.get_packet_samples(2, out, c0, c1), 1u);
-  EXPECT_EQ(c1.x, 5 * (1.0 / 5));
-  // An empty grid writes nothing and draws nothing.
-  GRandomMt ref(3);
-  mt.seed(3);
-  s.init(mt, 4, 0, 1, 1, 1.0, 1.0);
-  out[0] = GMathVec2<double>(-1.0, -1.0);
-  s.get_all_samples(out);
-  EXPECT_EQ(out[0], GMathVec2<double>(-1.0, -1.0));
-  EXPECT_EQ(mt.genrand_int32(), ref.genrand_int32());
-}
-
-TEST(StratifiedSampler2d, JitterKeepsEverySampleInsideItsOwnStratum) {
-  unsigned const nx = 7, ny = 5;
-  std::vector<GMathVec2<double>> out(nx * ny);
-  for (double const j : {1.0, 0.5}) {
-    for (unsigned seed = 0; seed < 200; ++seed) {
-      GRandomMt mt(seed);
-      StratifiedSampler2d s;
-      s.init(mt, nx, ny, 2, 2, j, j);
-      s.get_all_samples(out.data());
-      for (unsigned i = 0; i < nx * ny; ++i) {
-        // The jitter interval is the middle fraction j of the stratum; the
-        // multiplication by the stored inverse is monotonic, so its bounds
-        // are exact.
-        double const lo = 0.5 - j * 0.5, hi = lo + j;
-        double const x0 = ((i % nx) + lo) * (1.0 / nx), x1 = ((i % nx) + hi) * (1.0 / nx);
-        double const y0 = ((i / nx) + lo) * (1.0 / ny), y1 = ((i / nx) + hi) * (1.0 / ny);
-        EXPECT_TRUE(out[i].x >= x0 && out[i].x <= x1 && out[i].y >= y0 && out[i].y <= y1)
-            << "seed " << seed << " jitter " << j << " index " << i;
-      }
+// Every path against the stratum formula written out with its own generator,
+// over random grids, packet sizes and jitters: all samples (rows of x first),
+// get_sample continuing the stream, then every packet, whose blocks of strata
+// are cut at the grid's edge and together cover every stratum once.
+TEST(StratifiedSampler2d, EveryPathIsTheStratumFormula) {
+  std::mt19937 rng(99);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  unsigned int compared = 0;
+  for (unsigned int round = 0; compared < 200000; ++round) {
+    unsigned int const nx = 1 + rng() % 90, ny = 1 + rng() % 90;
+    unsigned int const px = 1 + rng() % 12, py = 1 + rng() % 12;
+    double const jx = round % 5 == 0 ? 1.0 : unit(rng), jy = round % 7 == 0 ? 0.0 : unit(rng);
+    unsigned int const seed = rng();
+    GRandomMt mt(seed), reference(seed);
+    StratifiedSampler2d sampler;
+    sampler.init(mt, nx, ny, px, py, jx, jy);
+    ASSERT_EQ(sampler.get_sample_count(), nx * ny);
+    std::vector<GMathVec2<double>> out(nx * ny);
+    sampler.get_all_samples(out.data());
+    for (unsigned int i = 0; i < nx * ny; ++i) {
+      GMathVec2<double> const e = plain_stratum(reference, i % nx, i / nx, nx, ny, jx, jy);
+      ASSERT_EQ(std::memcmp(&e, &out[i], sizeof e), 0) << "all, sample " << i;
     }
+    for (unsigned int i = 0; round % 8 == 0 && i < nx * ny; ++i) {
+      GMathVec2<double> one;
+      sampler.get_sample(i, one);
+      GMathVec2<double> const e = plain_stratum(reference, i % nx, i / nx, nx, ny, jx, jy);
+      ASSERT_EQ(std::memcmp(&e, &one, sizeof e), 0) << "one, sample " << i;
+    }
+    unsigned int const packets_x = (nx + px - 1) / px;
+    ASSERT_EQ(sampler.get_packet_count(), packets_x * ((ny + py - 1) / py));
+    for (unsigned int p = 0; p < sampler.get_packet_count(); ++p) {
+      GMathVec2<double> c0, c1;
+      unsigned int const n = sampler.get_packet_samples(p, out.data(), c0, c1);
+      unsigned int const x0 = (p % packets_x) * px, y0 = (p / packets_x) * py;
+      unsigned int const x1 = std::min(x0 + px, nx), y1 = std::min(y0 + py, ny);
+      ASSERT_TRUE(c0 == GMathVec2<double>(x0 * (1.0 / nx), y0 * (1.0 / ny)) &&
+                  c1 == GMathVec2<double>(x1 * (1.0 / nx), y1 * (1.0 / ny)))
+          << "packet " << p;
+      unsigned int k = 0;
+      for (unsigned int iy = y0; iy < y1; ++iy) {
+        for (unsigned int ix = x0; ix < x1; ++ix, ++k) {
+          GMathVec2<double> const e = plain_stratum(reference, ix, iy, nx, ny, jx, jy);
+          ASSERT_EQ(std::memcmp(&e, &out[k], sizeof e), 0) << "packet " << p << " sample " << k;
+        }
+      }
+      ASSERT_EQ(n, k);
+    }
+    // A packet number equal to the count, or an empty grid, writes and
+    // draws nothing.
+    GMathVec2<double> sentinel(-1.0, -1.0), c0, c1;
+    ASSERT_EQ(sampler.get_packet_samples(sampler.get_packet_count(), &sentinel, c0, c1), 0u);
+    if (round % 8 == 1) {
+      sampler.init(mt, nx, 0, px, py, jx, jy);
+      sampler.get_all_samples(&sentinel);
+    }
+    ASSERT_TRUE(sentinel == GMathVec2<double>(-1.0, -1.0));
+    ASSERT_EQ(mt.genrand_int32(), reference.genrand_int32());
+    compared += 2 * nx * ny;
   }
-}
-
-TEST(StratifiedSampler2d, CopyDrawsFromTheSameGenerator) {
-  GRandomMt mt(99), ref(99);
-  StratifiedSampler2d s;
-  s.init(mt, 4, 4, 2, 2, 1.0, 1.0);
-  StratifiedSampler2d copy;
-  copy = s;
-  StratifiedSampler2d constructed(s);
-  GMathVec2<double> a, b, c;
-  copy.get_sample(5, a);
-  s.get_sample(5, b);
-  constructed.get_sample(5, c);
-  for (auto const& got : {a, b, c})
-    EXPECT_TRUE(same_point(got, plain_stratum(ref, 1, 1, 4, 4, 1, 1)));
-  EXPECT_EQ(copy.get_packet_count(), 4u);
 }
 
 #ifdef SAMPLING_CHECKS
-TEST(StratifiedSampler2dDeathTest, InitRejectsAZeroPacketSize) {
-  GRandomMt mt;
+TEST(StratifiedSampler2dDeathTest, CallerContracts) {
+  GRandomMt mt(5);
   StratifiedSampler2d s;
   EXPECT_DEATH(s.init(mt, 4, 4, 0, 1, 1.0, 1.0),
                "StratifiedSampler2d::init: packet sizes must be at least 1");
   EXPECT_DEATH(s.init(mt, 4, 4, 2, 0, 1.0, 1.0),
                "StratifiedSampler2d::init: packet sizes must be at least 1");
+  s.init(mt, 0, 4, 1, 1, 1.0, 1.0);
+  GMathVec2<double> sample, c0, c1;
+  EXPECT_DEATH(s.get_sample(0, sample), "StratifiedSampler2d::get_sample: count_x is 0");
+  EXPECT_DEATH(s.get_packet_samples(0, &sample, c0, c1),
+               "StratifiedSampler2d::get_packet_samples: count_x is 0");
 }
 #endif
