@@ -164,7 +164,8 @@ TEST(CosineWeightedHemisphereRayGenerator, PerpendicularIncomingSpreadIsAQuarter
 
 // The auxiliary directions are unit vectors, turned from the ray's direction
 // by atan(tx) within the plane perpendicular to the axis (azimuthal) and by
-// atan(ty) towards the axis (polar).
+// atan(ty) towards the axis (polar); the middle ray's turn towards T1 and T2.
+// Unequal spreads in x and y, with and without incoming ones.
 TEST(CosineWeightedHemisphereRayGenerator, DifferentialsAreUnitAndTiltedByTheSpreads) {
   Vec3 const d = unit(Vec3(0.2, -0.7, 0.4));
   for (double angle : {20.0, 90.0, 170.0}) {
@@ -174,9 +175,12 @@ TEST(CosineWeightedHemisphereRayGenerator, DifferentialsAreUnitAndTiltedByTheSpr
       double const ty = 0.5 * h + (incoming ? std::tan(0.1) : 0.0);
       CosineWeightedHemisphereRayGenerator g;
       g.init(incoming_ray(d, incoming), angle, 0.25, 0.5);
+      std::vector<GMathRay> rays(1, g.get_middle_ray());
       for (Vec2 const& s : test_samples(2000, 17)) {
-        GMathRay ray;
-        ASSERT_TRUE(g.get_ray(s, ray, nullptr));
+        rays.emplace_back();
+        ASSERT_TRUE(g.get_ray(s, rays.back(), nullptr));
+      }
+      for (GMathRay const& ray : rays) {
         Vec3 const& w = ray.m_direction;
         Vec3 const& rx = ray.m_differential.m_rx_direction;
         Vec3 const& ry = ray.m_differential.m_ry_direction;
@@ -184,17 +188,19 @@ TEST(CosineWeightedHemisphereRayGenerator, DifferentialsAreUnitAndTiltedByTheSpr
         double const err_x = std::fabs(std::acos(std::min(1.0, dot(rx, w))) - std::atan(tx));
         double const err_y = std::fabs(std::acos(std::min(1.0, dot(ry, w))) - std::atan(ty));
         // The x tilt is perpendicular to the axis; the y tilt lies in the plane
-        // of the ray and the axis, on the axis' side.
+        // of the ray and the axis, on the axis' side (T2 for the middle ray).
         Vec3 const tilt_x = rx - w * dot(rx, w);
         Vec3 const tilt_y = ry - w * dot(ry, w);
         double const err_plane = std::fabs(dot(tilt_x, d)) + std::fabs(dot(tilt_y, cross(d, w)));
-        ASSERT_TRUE(err_unit <= 1e-12 && err_x <= 1e-6 && err_y <= 1e-6 && err_plane <= 1e-12)
-            << "angle " << angle << " sample " << s.x << " " << s.y << ": " << err_unit << " "
+        ASSERT_TRUE(err_unit <= 1e-12 && err_x <= 1e-12 && err_y <= 1e-12 && err_plane <= 1e-12)
+            << "angle " << angle << " direction " << w.x << " " << w.y << ": " << err_unit << " "
             << err_x << " " << err_y << " " << err_plane;
         if (dot(w, d) < 0.999) {
-          ASSERT_GT(dot(tilt_y, d), 0.0) << s.x << " " << s.y;
+          ASSERT_GT(dot(tilt_y, d), 0.0) << w.x << " " << w.y;
         }
       }
+      EXPECT_GT(dot(rays[0].m_differential.m_rx_direction, column(g, 0)), 0.0);
+      EXPECT_GT(dot(rays[0].m_differential.m_ry_direction, column(g, 1)), 0.0);
     }
   }
 }

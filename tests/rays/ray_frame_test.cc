@@ -4,28 +4,9 @@
 #include <cstring>
 #include <random>
 
-#include "platform/math/gmath_frustum.h"
 #include "platform/math/gmath_ray.h"
 #include "sampling/rays/ray_math.h"
 #include "tests/support/ray_bits.h"
-
-namespace {}  // namespace
-
-TEST(GMathRay, DefaultRecordAndTypeValues) {
-  GMathRay ray;
-  EXPECT_EQ(ray.m_origin, GMathVec3<double>(0.0, 0.0, 0.0));
-  EXPECT_EQ(ray.m_direction, GMathVec3<double>(0.0, 0.0, 1.0));
-  EXPECT_FALSE(ray.m_has_differentials);
-  EXPECT_EQ(ray.m_time, 0.0);
-  EXPECT_EQ(ray.m_aux[0] + ray.m_aux[1] + ray.m_aux_cleared[0] + ray.m_aux_cleared[1], 0.0);
-  EXPECT_EQ(ray.m_type, GMathRay::k_type_camera);
-  // The values the generators write as fixed types.
-  EXPECT_EQ(static_cast<unsigned int>(GMathRay::k_type_reflection), 3u);
-  EXPECT_EQ(static_cast<unsigned int>(GMathRay::k_type_refraction), 4u);
-  EXPECT_EQ(static_cast<unsigned int>(GMathRay::k_type_probe), 5u);
-  GMathFrustum frustum;
-  EXPECT_EQ(frustum.m_plane_count, 0u);
-}
 
 TEST(GMathBasicRay, SetDirectionDerivesInverseSignsAndMajorAxis) {
   std::mt19937_64 rng(11);
