@@ -282,32 +282,6 @@ TEST(AnisotropicReflectionRayGenerator, RayFieldsWeightsAndNoFrustum) {
         EXPECT_GT(r.m_aux[1], 0.0);
       }
     }
-    // Count 0 writes nothing.
-    double untouched = -1.0;
-    EXPECT_EQ(g.get_rays(samples.data(), 0, rays.data(), &untouched), 0u);
-    EXPECT_EQ(untouched, -1.0);
-    // No frustum: the count is cleared and nothing else is written.
-    GMathFrustum frustum;
-    frustum.m_plane_count = 4;
-    frustum.m_plane_point[1] = GMathVec3<double>(1.0, 2.0, 3.0);
-    frustum.m_plane_distance[3] = -7.0;
-    GMathFrustum const before = frustum;
-    g.get_frustum(GMathVec2<double>(0.0, 0.0), GMathVec2<double>(1.0, 1.0), frustum);
-    EXPECT_EQ(frustum.m_plane_count, 0u);
-    EXPECT_EQ(std::memcmp(&frustum, &before, offsetof(GMathFrustum, m_plane_count)), 0);
-  }
-}
-
-TEST(AnisotropicReflectionRayGenerator, GetRayAndGetRaysAreBitIdentical) {
-  std::mt19937_64 rng(37);
-  for (int scene = 0; scene < 8; ++scene) {
-    Shading const s = random_shading(rng, scene % 2 ? 3.0f : 3.0f * scene, 25.0f, scene % 4 < 2);
-    AnisotropicReflectionRayGenerator g;
-    init(g, s);
-    // A copy serves as well as the original.
-    AnisotropicReflectionRayGenerator copy;
-    copy = g;
-    EXPECT_EQ(expect_get_rays_matches_get_ray(copy, random_samples(rng, 1500)), 1500u);
   }
 }
 

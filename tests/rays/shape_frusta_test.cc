@@ -151,18 +151,6 @@ TEST(ShapeFrusta, DegenerateBoxGivesZeroPlanes) {
   }
 }
 
-TEST(ShapeFrusta, SphereBoxesHoldTheirRays) {
-  UniformSphereRayGenerator sphere;
-  sphere.init(GMathVec3<double>(2.0, -1.0, 4.0), 0.5, 0.5);
-  // The widening covers the bulge of the latitude edges while a box spans
-  // at most a sixth of v (60 degrees of azimuth); boxes twice as wide in
-  // azimuth leak (a 16 x 4 grid does), so packets stay narrower than that.
-  expect_grid_holds_its_rays(sphere, 8, 8, false);
-  expect_grid_holds_its_rays(sphere, 32, 6, false);
-  expect_grid_holds_its_rays(sphere, 3, 16, false);
-  expect_grid_holds_its_rays(sphere, 2, 3, false);
-}
-
 TEST(ShapeFrusta, LinePlaneAndDiskBoxesHoldTheirRaysInAnyCornerOrder) {
   PlacedShapes shapes;
   // Near and far origins: the widening of the disk grows with the distance.

@@ -39,21 +39,10 @@ void expect_worked_ray(SampleRayGenerator const& g, GMathVec2<double> const& sam
   EXPECT_EQ(ray.m_aux_cleared[0] + ray.m_aux_cleared[1], 0.0);
 }
 
-// Byte pattern that no generator writes: lets a test see what was touched.
-constexpr unsigned char k_sentinel = 0xA5;
-
 // Fills count records at p with the sentinel, padding included.
 template <typename T>
 void poison(T* p, size_t count) {
-  std::memset(static_cast<void*>(p), k_sentinel, count * sizeof(T));
-}
-
-// Normal of a clip plane through the origin that cuts the shape through its
-// centre along the local direction `along`.
-GMathVec3<double> cutting_normal(GMathMatrix4x4<double> const& frame,
-                                 GMathVec3<double> const& origin, GMathVec3<double> const& along) {
-  GMathVec3<double> const centre(frame(0, 3), frame(1, 3), frame(2, 3));
-  return cross(centre - origin, frame.transform_vector(along));
+  std::memset(static_cast<void*>(p), 0xA5, count * sizeof(T));
 }
 
 }  // namespace
@@ -279,55 +268,6 @@ TEST(ShapeRayGenerators, AuxiliaryTargetOnTheOriginGivesZeroDirection) {
   g.get_ray(GMathVec2<double>(0.5, 0.5), ray, nullptr);
   EXPECT_EQ(ray.m_differential.m_rx_direction, GMathVec3<double>(0.0, 0.0, 0.0));
   EXPECT_EQ(ray.m_differential.m_ry_direction, ray.m_direction);
-}
-
-TEST(ShapeRayGenerators, DiscardPacksRaysAndDistancesAndLeavesTheRest) {
-  PlaneRayGenerator g;
-  GMathMatrix4x4<double> const frame = test_frame();
-  GMathVec3<double> const origin(1.0, 0.5, 3.0);
-  g.init(origin, frame, 0.5, 0.5);
-  std::vector<GMathVec2<double>> const samples = test_samples(1000, 9);
-  std::vector<GMathRay> plain(samples.size());
-  std::vector<double> distances(samples.size());
-  poison(plain.data(), plain.size());
-  g.get_rays(samples.data(), 1000, plain.data(), distances.data());
-  // The kept samples, decided with the generator's own arithmetic.
-  GMathVec3<double> const normal =
-      cutting_normal(frame, origin, GMathVec3<double>(0.0, 1.0, 0.0)) * 4.0;
-  std::vector<unsigned int> kept;
-  for (unsigned int i = 0; i < 1000; ++i) {
-    GMathVec2<double> const& s = samples[i];
-    GMathVec3<double> const t =
-        frame.transform_point(GMathVec3<double>(s.x - 0.5, s.y - 0.5, 0.0)) - origin;
-    if (t.x * normal.x + t.y * normal.y + t.z * normal.z > 0.0)
-      kept.push_back(i);
-  }
-  ASSERT_GT(kept.size(), 100u);
-  ASSERT_LT(kept.size(), 900u);
-  std::vector<GMathRay> rays(samples.size());
-  std::vector<double> weights(samples.size());
-  poison(rays.data(), rays.size());
-  poison(weights.data(), weights.size());
-  g.discard_clipped_samples(normal);
-  unsigned int const n = g.get_rays(samples.data(), 1000, rays.data(), weights.data());
-  ASSERT_EQ(n, kept.size());
-  for (unsigned int k = 0; k < n; ++k) {
-    EXPECT_EQ(std::memcmp(&rays[k], &plain[kept[k]], sizeof(GMathRay)), 0) << k;
-    EXPECT_EQ(weights[k], distances[kept[k]]) << k;
-  }
-  std::vector<unsigned char> const untouched(1000 * sizeof(GMathRay), k_sentinel);
-  EXPECT_EQ(std::memcmp(&rays[n], untouched.data(), (1000 - n) * sizeof(GMathRay)), 0);
-  EXPECT_EQ(std::memcmp(&weights[n], untouched.data(), (1000 - n) * sizeof(double)), 0);
-  // A zero normal rejects every sample: nothing written at all.
-  g.discard_clipped_samples(GMathVec3<double>(0.0, 0.0, 0.0));
-  poison(rays.data(), rays.size());
-  poison(weights.data(), weights.size());
-  EXPECT_EQ(g.get_rays(samples.data(), 1000, rays.data(), weights.data()), 0u);
-  EXPECT_EQ(std::memcmp(rays.data(), untouched.data(), 1000 * sizeof(GMathRay)), 0);
-  EXPECT_EQ(std::memcmp(weights.data(), untouched.data(), 1000 * sizeof(double)), 0);
-  // Back in plain mode every sample gives a ray again, whatever the normal.
-  g.disable_clipping();
-  EXPECT_EQ(g.get_rays(samples.data(), 1000, rays.data(), nullptr), 1000u);
 }
 
 TEST(ShapeRayGenerators, ClipTestIsStrict) {
