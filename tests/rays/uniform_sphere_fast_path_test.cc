@@ -33,7 +33,7 @@ GMathRay plain_ray(GMathVec3<double> const& centre, double const& rx, double con
   return ray;
 }
 
-TEST(UniformSphereRayGeneratorFastPath, ArrayPathMatchesPlainPathOnAMillionSamples) {
+TEST(UniformSphereRayGeneratorFastPath, ArrayPathIsTheWarpAndTheRayBuiltFromIt) {
   std::mt19937_64 rng(77);
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   GMathVec3<double> const centre(0.5, -2.0, 3.25);
