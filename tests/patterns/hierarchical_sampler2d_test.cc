@@ -11,7 +11,6 @@
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/patterns/sobol_components.h"
 #include "tests/patterns/pattern_support.h"
-#include "tests/support/chi_square.h"
 
 namespace {
 
@@ -182,8 +181,7 @@ TEST(HierarchicalSampler2d, SobolSetsContinueOneSequenceAndFormNets) {
 }
 
 // Random mode: set c continues set 0 by count pairs, the seed's high bits do
-// not matter, any unknown mode is the random mode, and the points are
-// uniform over the square.
+// not matter, and any unknown mode is the random mode.
 TEST(HierarchicalSampler2d, RandomModeReadsDisjointRunsOfTheTable) {
   for (unsigned int seed : {0u, 999u}) {
     H whole(H::RANDOM);
@@ -199,15 +197,4 @@ TEST(HierarchicalSampler2d, RandomModeReadsDisjointRunsOfTheTable) {
     EXPECT_TRUE(same_bits(set_samples(static_cast<H::Mode>(0xFFFFFFFFu), seed, 10, 4, 2), set2))
         << "mode 2^32 - 1";
   }
-  std::vector<GMathVec2<double>> const points = set_samples(H::RANDOM, 12, 32768, 1, 0);
-  ChiSquareDomain const domain = {0.0, 1.0, 0.0, 1.0, 11, 13};
-  ChiSquareResult const result = chi_square_test(
-      domain, static_cast<int>(points.size()),
-      [&](int i, double& a, double& b) {
-        a = points[i].x;
-        b = points[i].y;
-        return a >= 0.0 && a <= 1.0 && b >= 0.0 && b <= 1.0;
-      },
-      [](double, double) { return 1.0; }, chi_square_alpha(1));
-  EXPECT_TRUE(result.passed) << result.message;
 }

@@ -74,22 +74,6 @@ TEST(PermutationTable, BuildsTheGreedyWalkOverTheRandomTable) {
             (std::vector<unsigned int>{1006, 1057, 1089, 1041, 1022, 1038}));
 }
 
-TEST(PermutationTable, EverySizeIsABijectionKeptInItsOwnSlot) {
-  LibraryScope library;
-  ASSERT_EQ(Access::table_size(), 2048u);
-  EXPECT_EQ(Access::get_indices(0), nullptr);
-  EXPECT_EQ(Access::get_indices(2049), nullptr);
-  EXPECT_EQ(Access::get_indices(4294967295u), nullptr);
-  for (unsigned int count = 1; count <= 2048; ++count) {
-    unsigned int const* p = Access::get_indices(count);
-    ASSERT_NE(p, nullptr) << "M " << count;
-    ASSERT_TRUE(is_permutation(p, count)) << "M " << count;
-    ASSERT_EQ(Access::get_indices(count), p) << "M " << count;
-    ASSERT_EQ(Access::table()[count - 1].get(), reinterpret_cast<std::uintptr_t>(p))
-        << "M " << count;
-  }
-}
-
 // The point of the order: consecutive points lie far apart (a squared
 // distance near 0.8 is the aim; index order gives about 0.29 and a random
 // order about 1/3).
@@ -98,31 +82,6 @@ TEST(PermutationTable, ConsecutivePointsLieFarApart) {
     double const step2 = mean_step2(built(count));
     EXPECT_TRUE(step2 > 0.5) << "M " << count << " mean squared step " << step2;
   }
-}
-
-TEST(PermutationTable, LifecycleKeepsTheTableAndRebuildsTheSameOrders) {
-  Sampling::destroy();  // no table: nothing to do
-  EXPECT_EQ(Access::table(), nullptr);
-  Sampling::init();
-  CoreAtomic64* const table = Access::table();
-  ASSERT_NE(table, nullptr);
-  for (unsigned int slot = 0; slot < Access::table_size(); ++slot) {
-    ASSERT_EQ(table[slot].get(), 0u) << "slot " << slot;
-  }
-  unsigned int const* first = Access::get_indices(1000);
-  std::vector<unsigned int> const before(first, first + 1000);
-  Sampling::init();  // keeps the table and what it holds
-  EXPECT_EQ(Access::table(), table);
-  EXPECT_EQ(Access::get_indices(1000), first);
-  Sampling::destroy();
-  EXPECT_EQ(Access::table(), nullptr);
-  Sampling::destroy();
-  EXPECT_EQ(Access::table(), nullptr);
-  Sampling::init();
-  unsigned int const* again = Access::get_indices(1000);
-  EXPECT_EQ(std::vector<unsigned int>(again, again + 1000), before);
-  EXPECT_EQ(before, built(1000));
-  Sampling::destroy();
 }
 
 // Many threads initialise Hammersley-mode samplers of a size nobody has
