@@ -2,9 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <thread>
 #include <utility>
-#include <vector>
 
 #include "platform/core/core_array.h"
 #include "platform/core/core_atomic64.h"
@@ -68,47 +66,6 @@ TEST(CoreAtomic64, CompareAndSwapReturnsTheValueFound) {
   EXPECT_EQ(cell.compare_and_swap(big & 0xFFFFFFFFull, 5), big);
   EXPECT_EQ(cell.compare_and_swap(big, ~0ull), big);
   EXPECT_EQ(cell.get(), ~0ull);
-}
-
-TEST(CoreAtomic64, ConcurrentCompareAndSwap) {
-  unsigned const threads = 4, rounds = 20000;
-  // Increments by CAS loops never lose an update.
-  CoreAtomic64 counter;
-  // Each slot is published once; every loser sees the winner's value, and the
-  // data written before publication is visible through it.
-  std::vector<CoreAtomic64> slots(64);
-  std::vector<std::uint64_t> payload(threads * 64, 0);
-  std::vector<std::vector<std::uint64_t>> seen(threads, std::vector<std::uint64_t>(64));
-  std::vector<std::thread> pool;
-  for (unsigned t = 0; t < threads; ++t) {
-    pool.emplace_back([&, t] {
-      for (unsigned r = 0; r < rounds; ++r) {
-        std::uint64_t v = counter.get();
-        for (;;) {
-          std::uint64_t const found = counter.compare_and_swap(v, v + 1);
-          if (found == v)
-            break;
-          v = found;
-        }
-      }
-      for (unsigned s = 0; s < 64; ++s) {
-        std::uint64_t const id = t * 64 + s;
-        payload[id] = id * 3 + 1;
-        std::uint64_t const found = slots[s].compare_and_swap(0, id + 1);
-        std::uint64_t const winner = found == 0 ? id + 1 : found;
-        EXPECT_EQ(payload[winner - 1], (winner - 1) * 3 + 1);
-        seen[t][s] = winner;
-      }
-    });
-  }
-  for (auto& th : pool)
-    th.join();
-  EXPECT_EQ(counter.get(), std::uint64_t(threads) * rounds);
-  for (unsigned s = 0; s < 64; ++s) {
-    for (unsigned t = 0; t < threads; ++t)
-      EXPECT_EQ(seen[t][s], slots[s].get()) << s;
-    EXPECT_EQ((slots[s].get() - 1) % 64, s);
-  }
 }
 
 TEST(GMathRecords, MatricesAreRowMajorWithTheTranslationInTheFourthColumn) {
