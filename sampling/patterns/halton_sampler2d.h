@@ -31,21 +31,23 @@ class SAMPLING_API HaltonSampler2d : public Sampler2d {
 
  private:
   // u and v of sample `index`.
-  void get_sample_u(unsigned int const& index, double& u) const;
-  void get_sample_v(unsigned int const& index, double& v) const;
+  SAMPLING_LOCAL void get_sample_u(unsigned int const& index, double& u) const;
+  SAMPLING_LOCAL void get_sample_v(unsigned int const& index, double& v) const;
   // Both coordinates of sample `index`: the point function of the callbacks.
-  void get_sample_uv(unsigned int const& index, double& u, double& v) const;
+  SAMPLING_LOCAL void get_sample_uv(unsigned int const& index, double& u, double& v) const;
   typedef SinglePacketCallbacks<HaltonSampler2d, &HaltonSampler2d::get_sample_uv> Callbacks;
   struct HaltonPoints;
 
-  static void get_sample_callback(HaltonSampler2d& sampler, unsigned int const& index,
-                                  GMathVec2<double>& sample);
-  static void get_all_samples_callback(HaltonSampler2d& sampler, GMathVec2<double>* samples);
-  static unsigned int get_packet_samples_callback(HaltonSampler2d& sampler,
-                                                  unsigned int const& packet,
-                                                  GMathVec2<double>* samples,
-                                                  GMathVec2<double>& corner0,
-                                                  GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static void get_sample_callback(HaltonSampler2d& sampler,
+                                                 unsigned int const& index,
+                                                 GMathVec2<double>& sample);
+  SAMPLING_LOCAL static void get_all_samples_callback(HaltonSampler2d& sampler,
+                                                      GMathVec2<double>* samples);
+  SAMPLING_LOCAL static unsigned int get_packet_samples_callback(HaltonSampler2d& sampler,
+                                                                 unsigned int const& packet,
+                                                                 GMathVec2<double>* samples,
+                                                                 GMathVec2<double>& corner0,
+                                                                 GMathVec2<double>& corner1);
 
   unsigned int m_count_x;
   unsigned int m_count_y;

@@ -61,32 +61,33 @@ class SAMPLING_API HammersleySampler2d : public Sampler2d {
   struct HammersleyPoints;
 
   // m_v_offset = base-3 radical inverse of m_seed.
-  void compute_v_offset();
+  SAMPLING_LOCAL void compute_v_offset();
   // Index into the whole set of sample i of the selected sub-set.
-  unsigned int get_sub_index(unsigned int const& i) const;
+  SAMPLING_LOCAL unsigned int get_sub_index(unsigned int const& i) const;
 
-  static void get_sample_callback(HammersleySampler2d& sampler, unsigned int const& index,
-                                  GMathVec2<double>& sample);
-  static void get_all_samples_callback(HammersleySampler2d& sampler, GMathVec2<double>* samples);
-  static unsigned int get_single_packet_samples_callback(HammersleySampler2d& sampler,
-                                                         unsigned int const& packet,
-                                                         GMathVec2<double>* samples,
-                                                         GMathVec2<double>& corner0,
-                                                         GMathVec2<double>& corner1);
-  static unsigned int get_packet_samples_callback(HammersleySampler2d& sampler,
-                                                  unsigned int const& packet,
-                                                  GMathVec2<double>* samples,
-                                                  GMathVec2<double>& corner0,
-                                                  GMathVec2<double>& corner1);
-  static void get_sub_sample_callback(HammersleySampler2d& sampler, unsigned int const& index,
-                                      GMathVec2<double>& sample);
-  static void get_all_sub_samples_callback(HammersleySampler2d& sampler,
-                                           GMathVec2<double>* samples);
-  static unsigned int get_sub_packet_samples_callback(HammersleySampler2d& sampler,
-                                                      unsigned int const& packet,
-                                                      GMathVec2<double>* samples,
-                                                      GMathVec2<double>& corner0,
-                                                      GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static void get_sample_callback(HammersleySampler2d& sampler,
+                                                 unsigned int const& index,
+                                                 GMathVec2<double>& sample);
+  SAMPLING_LOCAL static void get_all_samples_callback(HammersleySampler2d& sampler,
+                                                      GMathVec2<double>* samples);
+  SAMPLING_LOCAL static unsigned int get_single_packet_samples_callback(
+      HammersleySampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+      GMathVec2<double>& corner0, GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static unsigned int get_packet_samples_callback(HammersleySampler2d& sampler,
+                                                                 unsigned int const& packet,
+                                                                 GMathVec2<double>* samples,
+                                                                 GMathVec2<double>& corner0,
+                                                                 GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static void get_sub_sample_callback(HammersleySampler2d& sampler,
+                                                     unsigned int const& index,
+                                                     GMathVec2<double>& sample);
+  SAMPLING_LOCAL static void get_all_sub_samples_callback(HammersleySampler2d& sampler,
+                                                          GMathVec2<double>* samples);
+  SAMPLING_LOCAL static unsigned int get_sub_packet_samples_callback(HammersleySampler2d& sampler,
+                                                                     unsigned int const& packet,
+                                                                     GMathVec2<double>* samples,
+                                                                     GMathVec2<double>& corner0,
+                                                                     GMathVec2<double>& corner1);
 
   unsigned int m_count_x;
   unsigned int m_count_y;

@@ -68,15 +68,15 @@ class SAMPLING_API HierarchicalSampler2d : public Sampler2d {
 
  private:
   // The point function of each mode: (u, v) of sample `index`.
-  void get_random_sample(unsigned int const& index, double& u, double& v) const;
-  void get_hammersley_sample(unsigned int const& index, double& u, double& v) const;
-  void get_halton_sample(unsigned int const& index, double& u, double& v) const;
-  void get_sobol_sample(unsigned int const& index, double& u, double& v) const;
+  SAMPLING_LOCAL void get_random_sample(unsigned int const& index, double& u, double& v) const;
+  SAMPLING_LOCAL void get_hammersley_sample(unsigned int const& index, double& u, double& v) const;
+  SAMPLING_LOCAL void get_halton_sample(unsigned int const& index, double& u, double& v) const;
+  SAMPLING_LOCAL void get_sobol_sample(unsigned int const& index, double& u, double& v) const;
   // Coordinates of Halton element n and of Sobol element n + 1.
-  void get_halton_sample_u(unsigned int const& n, double& u) const;
-  void get_halton_sample_v(unsigned int const& n, double& v) const;
-  void get_sobol_sample_u(unsigned int const& n, double& u) const;
-  void get_sobol_sample_v(unsigned int const& n, double& v) const;
+  SAMPLING_LOCAL void get_halton_sample_u(unsigned int const& n, double& u) const;
+  SAMPLING_LOCAL void get_halton_sample_v(unsigned int const& n, double& v) const;
+  SAMPLING_LOCAL void get_sobol_sample_u(unsigned int const& n, double& u) const;
+  SAMPLING_LOCAL void get_sobol_sample_v(unsigned int const& n, double& v) const;
 
   typedef SinglePacketCallbacks<HierarchicalSampler2d, &HierarchicalSampler2d::get_random_sample>
       RandomCallbacks;
@@ -97,44 +97,40 @@ class SAMPLING_API HierarchicalSampler2d : public Sampler2d {
   // sampler falls back to its Halton pattern) when the table is missing or
   // the array cannot be allocated. A missing table is a caller error that
   // checked builds report.
-  static unsigned int* get_indices(unsigned int const& count);
+  SAMPLING_LOCAL static unsigned int* get_indices(unsigned int const& count);
 
-  static void get_sample_random_callback(HierarchicalSampler2d& sampler, unsigned int const& index,
-                                         GMathVec2<double>& sample);
-  static void get_all_samples_random_callback(HierarchicalSampler2d& sampler,
-                                              GMathVec2<double>* samples);
-  static unsigned int get_packet_samples_random_callback(HierarchicalSampler2d& sampler,
-                                                         unsigned int const& packet,
-                                                         GMathVec2<double>* samples,
-                                                         GMathVec2<double>& corner0,
-                                                         GMathVec2<double>& corner1);
-  static void get_sample_hammersley_callback(HierarchicalSampler2d& sampler,
-                                             unsigned int const& index, GMathVec2<double>& sample);
-  static void get_all_samples_hammersley_callback(HierarchicalSampler2d& sampler,
-                                                  GMathVec2<double>* samples);
-  static unsigned int get_packet_samples_hammersley_callback(HierarchicalSampler2d& sampler,
-                                                             unsigned int const& packet,
-                                                             GMathVec2<double>* samples,
-                                                             GMathVec2<double>& corner0,
-                                                             GMathVec2<double>& corner1);
-  static void get_sample_halton_callback(HierarchicalSampler2d& sampler, unsigned int const& index,
-                                         GMathVec2<double>& sample);
-  static void get_all_samples_halton_callback(HierarchicalSampler2d& sampler,
-                                              GMathVec2<double>* samples);
-  static unsigned int get_packet_samples_halton_callback(HierarchicalSampler2d& sampler,
-                                                         unsigned int const& packet,
-                                                         GMathVec2<double>* samples,
-                                                         GMathVec2<double>& corner0,
-                                                         GMathVec2<double>& corner1);
-  static void get_sample_sobol_callback(HierarchicalSampler2d& sampler, unsigned int const& index,
-                                        GMathVec2<double>& sample);
-  static void get_all_samples_sobol_callback(HierarchicalSampler2d& sampler,
-                                             GMathVec2<double>* samples);
-  static unsigned int get_packet_samples_sobol_callback(HierarchicalSampler2d& sampler,
-                                                        unsigned int const& packet,
-                                                        GMathVec2<double>* samples,
-                                                        GMathVec2<double>& corner0,
-                                                        GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static void get_sample_random_callback(HierarchicalSampler2d& sampler,
+                                                        unsigned int const& index,
+                                                        GMathVec2<double>& sample);
+  SAMPLING_LOCAL static void get_all_samples_random_callback(HierarchicalSampler2d& sampler,
+                                                             GMathVec2<double>* samples);
+  SAMPLING_LOCAL static unsigned int get_packet_samples_random_callback(
+      HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+      GMathVec2<double>& corner0, GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static void get_sample_hammersley_callback(HierarchicalSampler2d& sampler,
+                                                            unsigned int const& index,
+                                                            GMathVec2<double>& sample);
+  SAMPLING_LOCAL static void get_all_samples_hammersley_callback(HierarchicalSampler2d& sampler,
+                                                                 GMathVec2<double>* samples);
+  SAMPLING_LOCAL static unsigned int get_packet_samples_hammersley_callback(
+      HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+      GMathVec2<double>& corner0, GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static void get_sample_halton_callback(HierarchicalSampler2d& sampler,
+                                                        unsigned int const& index,
+                                                        GMathVec2<double>& sample);
+  SAMPLING_LOCAL static void get_all_samples_halton_callback(HierarchicalSampler2d& sampler,
+                                                             GMathVec2<double>* samples);
+  SAMPLING_LOCAL static unsigned int get_packet_samples_halton_callback(
+      HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+      GMathVec2<double>& corner0, GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static void get_sample_sobol_callback(HierarchicalSampler2d& sampler,
+                                                       unsigned int const& index,
+                                                       GMathVec2<double>& sample);
+  SAMPLING_LOCAL static void get_all_samples_sobol_callback(HierarchicalSampler2d& sampler,
+                                                            GMathVec2<double>* samples);
+  SAMPLING_LOCAL static unsigned int get_packet_samples_sobol_callback(
+      HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+      GMathVec2<double>& corner0, GMathVec2<double>& corner1);
 
   Mode m_mode;
   unsigned int const* m_indices;
@@ -150,8 +146,8 @@ class SAMPLING_API HierarchicalSampler2d : public Sampler2d {
 
   // Slot M - 1 holds 0 or the address of the permutation for M. Null before
   // Sampling::init and after Sampling::destroy.
-  static CoreAtomic64* m_table;
-  static unsigned int const m_table_size;
+  SAMPLING_LOCAL static CoreAtomic64* m_table;
+  SAMPLING_LOCAL static unsigned int const m_table_size;
 
   friend struct HierarchicalSampler2dAccess;
 };

@@ -34,17 +34,20 @@ class SAMPLING_API StratifiedSampler2d : public Sampler2d {
 
  private:
   // Jittered sample of stratum (ix, iy); two draws, x first.
-  void get_sample_xy(unsigned int const& ix, unsigned int const& iy, GMathVec2<double>& sample);
+  SAMPLING_LOCAL void get_sample_xy(unsigned int const& ix, unsigned int const& iy,
+                                    GMathVec2<double>& sample);
   struct StratumPoints;
 
-  static void get_sample_callback(StratifiedSampler2d& sampler, unsigned int const& index,
-                                  GMathVec2<double>& sample);
-  static void get_all_samples_callback(StratifiedSampler2d& sampler, GMathVec2<double>* samples);
-  static unsigned int get_packet_samples_callback(StratifiedSampler2d& sampler,
-                                                  unsigned int const& packet,
-                                                  GMathVec2<double>* samples,
-                                                  GMathVec2<double>& corner0,
-                                                  GMathVec2<double>& corner1);
+  SAMPLING_LOCAL static void get_sample_callback(StratifiedSampler2d& sampler,
+                                                 unsigned int const& index,
+                                                 GMathVec2<double>& sample);
+  SAMPLING_LOCAL static void get_all_samples_callback(StratifiedSampler2d& sampler,
+                                                      GMathVec2<double>* samples);
+  SAMPLING_LOCAL static unsigned int get_packet_samples_callback(StratifiedSampler2d& sampler,
+                                                                 unsigned int const& packet,
+                                                                 GMathVec2<double>* samples,
+                                                                 GMathVec2<double>& corner0,
+                                                                 GMathVec2<double>& corner1);
 
   GRandomMt* m_random;
   unsigned int m_count_x;

@@ -87,28 +87,31 @@ class SAMPLING_API AnisotropicRefractionRayGenerator : public SampleRayGenerator
 
   // Half-vector sampling: `sample` to the local normal (x along T, y along B,
   // z along N) and the tangent of the lobe's spread there.
-  void compute_local_normal(GMathVec2<double> const& sample, GMathVec3<double>& local_normal,
-                            double& spread) const;
+  SAMPLING_LOCAL void compute_local_normal(GMathVec2<double> const& sample,
+                                           GMathVec3<double>& local_normal, double& spread) const;
   // The ray of one sample: sampled normal, refraction, side tests, retry.
   // Returns false, writing nothing, when both normals fail.
-  bool create_ray(GMathVec2<double> const& sample, GMathRay& ray) const;
+  SAMPLING_LOCAL bool create_ray(GMathVec2<double> const& sample, GMathRay& ray) const;
   // The ray along T for normal H and spread tangent t, with differentials.
-  void create_ray(GMathVec3<double> const& direction, GMathVec3<double> const& normal,
-                  double const& spread, GMathRay& ray) const;
+  SAMPLING_LOCAL void create_ray(GMathVec3<double> const& direction,
+                                 GMathVec3<double> const& normal, double const& spread,
+                                 GMathRay& ray) const;
   // v / |v| when |v| > eps, else zero.
-  static GMathVec3<double> safe_normalize(GMathVec3<double> const& v, double const& eps);
+  SAMPLING_LOCAL static GMathVec3<double> safe_normalize(GMathVec3<double> const& v,
+                                                         double const& eps);
   // Local frame (T, B, N) to world and back.
-  GMathVec3<double> local_to_global(GMathVec3<double> const& local) const;
-  GMathVec3<double> global_to_local(GMathVec3<double> const& global) const;
+  SAMPLING_LOCAL GMathVec3<double> local_to_global(GMathVec3<double> const& local) const;
+  SAMPLING_LOCAL GMathVec3<double> global_to_local(GMathVec3<double> const& global) const;
 
-  static bool get_ray_callback(AnisotropicRefractionRayGenerator const& generator,
-                               GMathVec2<double> const& sample, GMathRay& ray, double* weight);
-  static unsigned int get_rays_callback(AnisotropicRefractionRayGenerator const& generator,
-                                        GMathVec2<double> const* samples, unsigned int const& count,
-                                        GMathRay* rays, double* weights);
-  static void get_frustum_callback(AnisotropicRefractionRayGenerator const& generator,
-                                   GMathVec2<double> const& corner0,
-                                   GMathVec2<double> const& corner1, GMathFrustum& frustum);
+  SAMPLING_LOCAL static bool get_ray_callback(AnisotropicRefractionRayGenerator const& generator,
+                                              GMathVec2<double> const& sample, GMathRay& ray,
+                                              double* weight);
+  SAMPLING_LOCAL static unsigned int get_rays_callback(
+      AnisotropicRefractionRayGenerator const& generator, GMathVec2<double> const* samples,
+      unsigned int const& count, GMathRay* rays, double* weights);
+  SAMPLING_LOCAL static void get_frustum_callback(
+      AnisotropicRefractionRayGenerator const& generator, GMathVec2<double> const& corner0,
+      GMathVec2<double> const& corner1, GMathFrustum& frustum);
 
   GMathRay m_incoming_ray;
   GMathVec3<double> m_tangent;

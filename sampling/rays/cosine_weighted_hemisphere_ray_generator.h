@@ -85,45 +85,48 @@ class SAMPLING_API CosineWeightedHemisphereRayGenerator : public SampleRayGenera
  private:
   // Direction W, azimuthal tangent U and polar tangent V (towards D) of the
   // cone direction of the polar disk point (radius, angle).
-  void warp(double const& radius, double const& angle, GMathVec3<double>& direction,
-            GMathVec3<double>& tangent_u, GMathVec3<double>& tangent_v) const;
+  SAMPLING_LOCAL void warp(double const& radius, double const& angle, GMathVec3<double>& direction,
+                           GMathVec3<double>& tangent_u, GMathVec3<double>& tangent_v) const;
 
   // warp() of the sample's concentric-map polar coordinates.
-  void warp_sample(GMathVec2<double> const& sample, GMathVec3<double>& direction,
-                   GMathVec3<double>& tangent_u, GMathVec3<double>& tangent_v) const;
+  SAMPLING_LOCAL void warp_sample(GMathVec2<double> const& sample, GMathVec3<double>& direction,
+                                  GMathVec3<double>& tangent_u, GMathVec3<double>& tangent_v) const;
 
   // Writes the ray of direction W with tangents U and V.
-  void create_ray(GMathVec3<double> const& direction, GMathVec3<double> const& tangent_u,
-                  GMathVec3<double> const& tangent_v, GMathRay& ray) const;
+  SAMPLING_LOCAL void create_ray(GMathVec3<double> const& direction,
+                                 GMathVec3<double> const& tangent_u,
+                                 GMathVec3<double> const& tangent_v, GMathRay& ray) const;
   // Warps the sample and writes its ray.
-  void create_ray(GMathVec2<double> const& sample, GMathRay& ray) const;
+  SAMPLING_LOCAL void create_ray(GMathVec2<double> const& sample, GMathRay& ray) const;
   // 1 when the sample's ray is above the clipping plane and was written, else
   // 0 with the ray untouched.
-  unsigned int create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray) const;
+  SAMPLING_LOCAL unsigned int create_ray_discard(GMathVec2<double> const& sample,
+                                                 GMathRay& ray) const;
   // Writes the sample's ray, projected onto the clipping plane when below it.
-  void create_ray_project(GMathVec2<double> const& sample, GMathRay& ray) const;
+  SAMPLING_LOCAL void create_ray_project(GMathVec2<double> const& sample, GMathRay& ray) const;
 
-  static bool get_ray_callback(CosineWeightedHemisphereRayGenerator const& generator,
-                               GMathVec2<double> const& sample, GMathRay& ray, double* weight);
-  static unsigned int get_rays_callback(CosineWeightedHemisphereRayGenerator const& generator,
-                                        GMathVec2<double> const* samples, unsigned int const& count,
-                                        GMathRay* rays, double* weights);
-  static bool get_ray_discard_callback(CosineWeightedHemisphereRayGenerator const& generator,
-                                       GMathVec2<double> const& sample, GMathRay& ray,
-                                       double* weight);
-  static unsigned int get_rays_discard_callback(
+  SAMPLING_LOCAL static bool get_ray_callback(CosineWeightedHemisphereRayGenerator const& generator,
+                                              GMathVec2<double> const& sample, GMathRay& ray,
+                                              double* weight);
+  SAMPLING_LOCAL static unsigned int get_rays_callback(
       CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
       unsigned int const& count, GMathRay* rays, double* weights);
-  static bool get_ray_project_callback(CosineWeightedHemisphereRayGenerator const& generator,
-                                       GMathVec2<double> const& sample, GMathRay& ray,
-                                       double* weight);
-  static unsigned int get_rays_project_callback(
+  SAMPLING_LOCAL static bool get_ray_discard_callback(
+      CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const& sample,
+      GMathRay& ray, double* weight);
+  SAMPLING_LOCAL static unsigned int get_rays_discard_callback(
+      CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
+      unsigned int const& count, GMathRay* rays, double* weights);
+  SAMPLING_LOCAL static bool get_ray_project_callback(
+      CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const& sample,
+      GMathRay& ray, double* weight);
+  SAMPLING_LOCAL static unsigned int get_rays_project_callback(
       CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
       unsigned int const& count, GMathRay* rays, double* weights);
   // The frustum described above.
-  static void get_frustum_callback(CosineWeightedHemisphereRayGenerator const& generator,
-                                   GMathVec2<double> const& corner0,
-                                   GMathVec2<double> const& corner1, GMathFrustum& frustum);
+  SAMPLING_LOCAL static void get_frustum_callback(
+      CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const& corner0,
+      GMathVec2<double> const& corner1, GMathFrustum& frustum);
 
   GMathRay m_middle_ray;
   GMathMatrix4x4<double> m_matrix;

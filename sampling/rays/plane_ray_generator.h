@@ -67,38 +67,45 @@ class SAMPLING_API PlaneRayGenerator : public SampleRayGenerator {
 
  private:
   // Fills `ray` towards m_ray_origin + to_sample and its distance.
-  void create_ray(GMathVec3<double> const& to_sample, GMathRay& ray, double& distance) const;
+  SAMPLING_LOCAL void create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
+                                 double& distance) const;
   // The same for the target of `sample`.
-  void create_ray(GMathVec2<double> const& sample, GMathRay& ray, double& distance) const;
+  SAMPLING_LOCAL void create_ray(GMathVec2<double> const& sample, GMathRay& ray,
+                                 double& distance) const;
   // 1 with ray and distance when the sample passes the clip test, else 0
   // with both untouched.
-  unsigned int create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
-                                  double& distance) const;
+  SAMPLING_LOCAL unsigned int create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
+                                                 double& distance) const;
 
   // Hooks of the family code (sampling/rays/shape_ray_family.h), which
   // holds the bodies of the builders above and of the callbacks below;
   // defined inline in the generator's source, the only place that calls
   // them.
-  inline GMathVec3<double> local_point(GMathVec2<double> const& sample) const;
-  inline GMathVec3<double> frustum_local_point(GMathVec2<double> const& corner,
-                                               unsigned int const& k) const;
-  inline void aim_differentials(GMathVec3<double> const& to_sample,
-                                GMathRayDifferential& differential) const;
+  SAMPLING_LOCAL inline GMathVec3<double> local_point(GMathVec2<double> const& sample) const;
+  SAMPLING_LOCAL inline GMathVec3<double> frustum_local_point(GMathVec2<double> const& corner,
+                                                              unsigned int const& k) const;
+  SAMPLING_LOCAL inline void aim_differentials(GMathVec3<double> const& to_sample,
+                                               GMathRayDifferential& differential) const;
 
-  static bool get_ray_callback(PlaneRayGenerator const& g, GMathVec2<double> const& sample,
-                               GMathRay& ray, double* weight);
-  static unsigned int get_rays_callback(PlaneRayGenerator const& g,
-                                        GMathVec2<double> const* samples, unsigned int const& count,
-                                        GMathRay* rays, double* weights);
-  static bool get_ray_discard_callback(PlaneRayGenerator const& g, GMathVec2<double> const& sample,
-                                       GMathRay& ray, double* weight);
-  static unsigned int get_rays_discard_callback(PlaneRayGenerator const& g,
-                                                GMathVec2<double> const* samples,
-                                                unsigned int const& count, GMathRay* rays,
-                                                double* weights);
+  SAMPLING_LOCAL static bool get_ray_callback(PlaneRayGenerator const& g,
+                                              GMathVec2<double> const& sample, GMathRay& ray,
+                                              double* weight);
+  SAMPLING_LOCAL static unsigned int get_rays_callback(PlaneRayGenerator const& g,
+                                                       GMathVec2<double> const* samples,
+                                                       unsigned int const& count, GMathRay* rays,
+                                                       double* weights);
+  SAMPLING_LOCAL static bool get_ray_discard_callback(PlaneRayGenerator const& g,
+                                                      GMathVec2<double> const& sample,
+                                                      GMathRay& ray, double* weight);
+  SAMPLING_LOCAL static unsigned int get_rays_discard_callback(PlaneRayGenerator const& g,
+                                                               GMathVec2<double> const* samples,
+                                                               unsigned int const& count,
+                                                               GMathRay* rays, double* weights);
   // The frustum of a sample box: see docs/rays.md, "Shape generators".
-  static void get_frustum_callback(PlaneRayGenerator const& g, GMathVec2<double> const& corner0,
-                                   GMathVec2<double> const& corner1, GMathFrustum& frustum);
+  SAMPLING_LOCAL static void get_frustum_callback(PlaneRayGenerator const& g,
+                                                  GMathVec2<double> const& corner0,
+                                                  GMathVec2<double> const& corner1,
+                                                  GMathFrustum& frustum);
 
   GMathRay::Type m_ray_type;
   double m_ray_time;

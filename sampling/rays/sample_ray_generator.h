@@ -66,8 +66,8 @@ class SAMPLING_API SampleRayGenerator {
   SampleRayGenerator() {}
   SampleRayGenerator(SampleRayGenerator const& other) = default;
 
-  void set_callbacks(GetRayCallback get_ray, GetRaysCallback get_rays,
-                     GetFrustumCallback get_frustum);
+  SAMPLING_LOCAL void set_callbacks(GetRayCallback get_ray, GetRaysCallback get_rays,
+                                    GetFrustumCallback get_frustum);
 
   // Stores callbacks written against the concrete record type G. Each is
   // reached through a small thunk that restores the concrete type with a

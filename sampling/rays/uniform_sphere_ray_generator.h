@@ -46,24 +46,28 @@ class SAMPLING_API UniformSphereRayGenerator : public SampleRayGenerator {
 
  private:
   // Direction, tangent and bitangent of `sample`, then the ray.
-  void create_ray(GMathVec2<double> const& sample, GMathRay& ray) const;
+  SAMPLING_LOCAL void create_ray(GMathVec2<double> const& sample, GMathRay& ray) const;
   // The ray along the unit `direction` with its two auxiliary rays turned
   // towards the unit `tangent` and `bitangent`.
-  void create_ray(GMathVec3<double> const& direction, GMathVec3<double> const& tangent,
-                  GMathVec3<double> const& bitangent, GMathRay& ray) const;
+  SAMPLING_LOCAL void create_ray(GMathVec3<double> const& direction,
+                                 GMathVec3<double> const& tangent,
+                                 GMathVec3<double> const& bitangent, GMathRay& ray) const;
 
   struct RayConstants;
 
-  static bool get_ray_callback(UniformSphereRayGenerator const& g, GMathVec2<double> const& sample,
-                               GMathRay& ray, double* weight);
-  static unsigned int get_rays_callback(UniformSphereRayGenerator const& g,
-                                        GMathVec2<double> const* samples, unsigned int const& count,
-                                        GMathRay* rays, double* weights);
+  SAMPLING_LOCAL static bool get_ray_callback(UniformSphereRayGenerator const& g,
+                                              GMathVec2<double> const& sample, GMathRay& ray,
+                                              double* weight);
+  SAMPLING_LOCAL static unsigned int get_rays_callback(UniformSphereRayGenerator const& g,
+                                                       GMathVec2<double> const* samples,
+                                                       unsigned int const& count, GMathRay* rays,
+                                                       double* weights);
   // The frustum of a sample box: see docs/rays.md, "Shape generators". The
   // corners must be the low and the high corner of the box.
-  static void get_frustum_callback(UniformSphereRayGenerator const& g,
-                                   GMathVec2<double> const& corner0,
-                                   GMathVec2<double> const& corner1, GMathFrustum& frustum);
+  SAMPLING_LOCAL static void get_frustum_callback(UniformSphereRayGenerator const& g,
+                                                  GMathVec2<double> const& corner0,
+                                                  GMathVec2<double> const& corner1,
+                                                  GMathFrustum& frustum);
 
   GMathRay::Type m_ray_type;
   double m_ray_time;
