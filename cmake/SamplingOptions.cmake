@@ -5,6 +5,7 @@ option(SAMPLING_WERROR "Treat compiler warnings as errors" OFF)
 option(SAMPLING_BUILD_TESTS "Build the GoogleTest suite" ON)
 option(SAMPLING_BUILD_BENCH "Build the Google Benchmark suite" ON)
 option(SAMPLING_BUILD_EXAMPLES "Build the demo program" ON)
+option(SAMPLING_BUILD_PYTHON "Build the Python package (pybind11, NumPy)" OFF)
 option(SAMPLING_BUILD_FUZZERS "Build the libFuzzer harnesses (clang)" OFF)
 set(SAMPLING_SANITIZE "" CACHE STRING "Sanitizers to build with: '', 'address,undefined' or 'thread'")
 

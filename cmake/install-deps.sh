@@ -5,11 +5,17 @@
 #   libbenchmark-dev      Google Benchmark, the benchmark framework
 #   binutils              nm and readelf for the exported-symbol check
 #   pkg-config            the test that builds a consumer against the installed package
+#   pybind11-dev, python3-dev, python3-numpy
+#                         the Python module (python/), NumPy arrays in and out
+#   python3-pytest, python3-scipy
+#                         its tests (tests/python/; scipy for the chi-square tails)
 # Usage: cmake/install-deps.sh [extra packages...]
 #   Extra packages are installed with the above when missing; `make demo`
-#   passes the demo's own (libembree-dev libpng-dev libtinyobjloader-dev).
+#   passes the demo's own (libembree-dev libpng-dev libtinyobjloader-dev),
+#   `make python-example` matplotlib (python3-matplotlib).
 set -euo pipefail
-packages=(cmake g++ make libgtest-dev libbenchmark-dev binutils pkg-config "$@")
+packages=(cmake g++ make libgtest-dev libbenchmark-dev binutils pkg-config
+          pybind11-dev python3-dev python3-numpy python3-pytest python3-scipy "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
