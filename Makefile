@@ -4,13 +4,15 @@
 #   make bench   release build, runs the benchmarks
 #   make asan    the test suite under AddressSanitizer + UndefinedBehaviorSanitizer
 #   make tsan    the test suite under ThreadSanitizer
+#   make python-example  the Python package installed from the release build,
+#                the warp figure drawn from the install (out/python/warps.png)
 
 SHELL := /bin/bash
 
 DEMO_OUT ?= out/demo
 BENCH_ARGS ?=
 
-.PHONY: all deps test demo bench asan tsan fuzz format clean
+.PHONY: all deps test demo bench asan tsan fuzz format clean python-example
 
 all: test
 
@@ -36,6 +38,19 @@ bench: deps
 	cmake --preset release
 	cmake --build --preset release --target sampling_bench
 	build/release/bench/sampling_bench $(BENCH_ARGS)
+
+# The Python example runs from a clean install of the release build, with the
+# interpreter the build found (the one that sees Debian's NumPy); matplotlib
+# (python3-matplotlib) only for the example.
+PYTHON_PREFIX ?= out/python/install
+python-example:
+	@cmake/install-deps.sh python3-matplotlib
+	cmake --preset release -DSAMPLING_BUILD_PYTHON=ON
+	cmake --build --preset release --target sampling_python
+	rm -rf $(PYTHON_PREFIX) && cmake --install build/release --prefix $(PYTHON_PREFIX)
+	PYTHONPATH=$(PYTHON_PREFIX)/lib/python3/dist-packages \
+	  $$(sed -n 's/^SAMPLING_PYTHON_EXECUTABLE:INTERNAL=//p' build/release/CMakeCache.txt) \
+	  examples/python/plot_warps.py out/python/warps.png
 
 asan: deps
 	cmake --preset asan
