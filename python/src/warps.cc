@@ -2,7 +2,10 @@
 // point sets. Each call checks its whole input, then runs one C++ loop with
 // the interpreter released.
 
+#include <cmath>
 #include <cstdint>
+#include <string>
+#include <type_traits>
 
 #include "platform/core/core_array.h"
 #include "python/src/arrays.h"
@@ -14,29 +17,46 @@ namespace {
 
 using Vec3 = GMathVec3<double>;
 
-// Every direction warp in two shapes: direction only, and direction with its
-// tangent and bitangent. Those without a radius scale ignore it.
-#define SAMPLING_PYTHON_SCALED_WARP(Name, function)                                 \
-  struct Name {                                                                     \
-    static void plain(double const& u, double const& v, Vec3& d, double const& s) { \
-      Sampling::function(u, v, d, s);                                               \
-    }                                                                               \
-    static void framed(double const& u, double const& v, Vec3& d, Vec3& t, Vec3& b, \
-                       double const& s) {                                           \
-      Sampling::function(u, v, d, t, b, s);                                         \
-    }                                                                               \
+// Every direction warp in two shapes (direction only, and direction with its
+// tangent and bitangent), its density and its inverse. Those without a
+// radius scale ignore it.
+#define SAMPLING_PYTHON_SCALED_WARP(Name, function)                                              \
+  struct Name {                                                                                  \
+    static void plain(double const& u, double const& v, Vec3& d, double const& s) {              \
+      Sampling::function(u, v, d, s);                                                            \
+    }                                                                                            \
+    static void framed(double const& u, double const& v, Vec3& d, Vec3& t, Vec3& b,              \
+                       double const& s) {                                                        \
+      Sampling::function(u, v, d, t, b, s);                                                      \
+    }                                                                                            \
+    static double pdf(Vec3 const& d, double const& s) { return Sampling::function##_pdf(d, s); } \
+    static void inverse(Vec3 const& d, double const& s, double& u, double& v) {                  \
+      Sampling::function##_inverse(d, s, u, v);                                                  \
+    }                                                                                            \
   };
-#define SAMPLING_PYTHON_UNSCALED_WARP(Name, function)                               \
-  struct Name {                                                                     \
-    static void plain(double const& u, double const& v, Vec3& d, double const&) {   \
-      Sampling::function(u, v, d);                                                  \
-    }                                                                               \
-    static void framed(double const& u, double const& v, Vec3& d, Vec3& t, Vec3& b, \
-                       double const&) {                                             \
-      Sampling::function(u, v, d, t, b);                                            \
-    }                                                                               \
+#define SAMPLING_PYTHON_UNSCALED_WARP(Name, function)                                       \
+  struct Name {                                                                             \
+    static void plain(double const& u, double const& v, Vec3& d, double const&) {           \
+      Sampling::function(u, v, d);                                                          \
+    }                                                                                       \
+    static void framed(double const& u, double const& v, Vec3& d, Vec3& t, Vec3& b,         \
+                       double const&) {                                                     \
+      Sampling::function(u, v, d, t, b);                                                    \
+    }                                                                                       \
+    static double pdf(Vec3 const& d, double const&) { return Sampling::function##_pdf(d); } \
+    static void inverse(Vec3 const& d, double const&, double& u, double& v) {               \
+      Sampling::function##_inverse(d, u, v);                                                \
+    }                                                                                       \
   };
-SAMPLING_PYTHON_UNSCALED_WARP(DiskConcentric, disk_concentric)
+// The disk's density takes no point and its inverse is bound on its own.
+struct DiskConcentric {
+  static void plain(double const& u, double const& v, Vec3& d, double const&) {
+    Sampling::disk_concentric(u, v, d);
+  }
+  static void framed(double const& u, double const& v, Vec3& d, Vec3& t, Vec3& b, double const&) {
+    Sampling::disk_concentric(u, v, d, t, b);
+  }
+};
 SAMPLING_PYTHON_SCALED_WARP(HemisphereUniform, hemisphere_uniform)
 SAMPLING_PYTHON_SCALED_WARP(HemisphereUniformConcentric, hemisphere_uniform_concentric)
 SAMPLING_PYTHON_SCALED_WARP(HemisphereCosine, hemisphere_cosine)
@@ -71,6 +91,81 @@ py::object warp(py::handle uv, double const& radius_scale, bool frame) {
       W::framed(in[i].x, in[i].y, dp[i], tp[i], bp[i], radius_scale);
   }
   return py::make_tuple(d, t, b);
+}
+
+// (N, 3) unit directions (|d.d - 1| <= 1e-6, as the library requires of
+// them) or, for the disk, (N, 3) points of the unit disk (z not read).
+Doubles to_directions(py::handle value, bool disk) {
+  Doubles const directions = to_doubles(value, disk ? "points" : "directions", {-1, 3});
+  Vec3 const* d = as_records<Vec3>(directions);
+  for (py::ssize_t i = 0; i < directions.shape(0); ++i) {
+    double const z = disk ? 0.0 : d[i].z;
+    double const l = d[i].x * d[i].x + d[i].y * d[i].y + z * z;
+    if (disk ? !(l <= 1.0 + 1e-6) : !(std::fabs(l - 1.0) <= 1e-6))
+      fail((disk ? "points: point " : "directions: direction ") + std::to_string(i) +
+           (disk ? " lies outside the unit disk" : " is not of unit length (|d.d - 1| > 1e-6)"));
+  }
+  return directions;
+}
+
+// Densities (N,) of the warp at unit directions.
+template <typename W>
+py::array_t<double> pdf(py::handle directions, double const& radius_scale) {
+  check_range(radius_scale, 0.0, 1.0, "radius_scale");
+  Doubles const in = to_directions(directions, false);
+  py::ssize_t const n = in.shape(0);
+  Vec3 const* d = as_records<Vec3>(in);
+  py::array_t<double> out(n);
+  double* o = out.mutable_data();
+  py::gil_scoped_release release;
+  for (py::ssize_t i = 0; i < n; ++i)
+    o[i] = W::pdf(d[i], radius_scale);
+  return out;
+}
+
+// Samples (N, 2) whose warp gives the unit directions.
+template <typename W>
+py::array_t<double> inverse(py::handle directions, double const& radius_scale) {
+  check_range(radius_scale, 0.0, 1.0, "radius_scale");
+  Doubles const in = to_directions(directions, false);
+  py::ssize_t const n = in.shape(0);
+  Vec3 const* d = as_records<Vec3>(in);
+  py::array_t<double> out = new_doubles({n, 2});
+  GMathVec2<double>* o = as_records<GMathVec2<double>>(out);
+  py::gil_scoped_release release;
+  for (py::ssize_t i = 0; i < n; ++i)
+    W::inverse(d[i], radius_scale, o[i].x, o[i].y);
+  return out;
+}
+
+py::array_t<double> disk_concentric_inverse(py::handle points) {
+  Doubles const in = to_directions(points, true);
+  py::ssize_t const n = in.shape(0);
+  Vec3 const* d = as_records<Vec3>(in);
+  py::array_t<double> out = new_doubles({n, 2});
+  GMathVec2<double>* o = as_records<GMathVec2<double>>(out);
+  py::gil_scoped_release release;
+  for (py::ssize_t i = 0; i < n; ++i)
+    Sampling::disk_concentric_inverse(d[i], o[i].x, o[i].y);
+  return out;
+}
+
+// (N, 2) polar (radius in [0, 1], angle in [-pi, 2pi), the library's pi)
+// back to samples.
+py::array_t<double> to_unit_disk_inverse(py::handle polar) {
+  Doubles const in = to_doubles(polar, "polar", {-1, 2});
+  py::ssize_t const n = in.shape(0);
+  GMathVec2<double> const* p = as_records<GMathVec2<double>>(in);
+  for (py::ssize_t i = 0; i < n; ++i)
+    if (!(p[i].x >= 0.0 && p[i].x <= 1.0 && p[i].y >= -k_sampling_pi && p[i].y < k_sampling_two_pi))
+      fail("polar: pair " + std::to_string(i) +
+           " is outside radius [0, 1], angle [-pi, 2pi) (pi = 3.141592653589)");
+  py::array_t<double> out = new_doubles({n, 2});
+  GMathVec2<double>* o = as_records<GMathVec2<double>>(out);
+  py::gil_scoped_release release;
+  for (py::ssize_t i = 0; i < n; ++i)
+    Sampling::to_unit_disk_inverse(p[i].x, p[i].y, o[i].x, o[i].y);
+  return out;
 }
 
 py::array_t<double> to_unit_disk(py::handle uv) {
@@ -149,13 +244,33 @@ py::array_t<double> grid_uniform(py::handle n_value, py::handle minimum, py::han
 
 template <typename W>
 void def_warp(py::module_& m, char const* name, char const* doc, bool scaled) {
-  if (scaled)
+  if (scaled) {
     m.def(name, &warp<W>, doc, py::arg("uv"), py::arg("radius_scale") = 1.0,
           py::arg("frame") = false);
-  else
+  } else {
     m.def(
         name, [](py::handle uv, bool frame) { return warp<W>(uv, 1.0, frame); }, doc, py::arg("uv"),
         py::arg("frame") = false);
+  }
+  if constexpr (!std::is_same<W, DiskConcentric>::value) {
+    std::string const pdf_name = std::string(name) + "_pdf";
+    std::string const inverse_name = std::string(name) + "_inverse";
+    char const* pdf_doc = "Density per unit solid angle at (N, 3) unit directions, (N,).";
+    char const* inverse_doc = "(N, 2) samples whose warp gives the (N, 3) unit directions.";
+    if (scaled) {
+      m.def(pdf_name.c_str(), &pdf<W>, pdf_doc, py::arg("directions"),
+            py::arg("radius_scale") = 1.0);
+      m.def(inverse_name.c_str(), &inverse<W>, inverse_doc, py::arg("directions"),
+            py::arg("radius_scale") = 1.0);
+    } else {
+      m.def(
+          pdf_name.c_str(), [](py::handle d) { return pdf<W>(d, 1.0); }, pdf_doc,
+          py::arg("directions"));
+      m.def(
+          inverse_name.c_str(), [](py::handle d) { return inverse<W>(d, 1.0); }, inverse_doc,
+          py::arg("directions"));
+    }
+  }
 }
 
 }  // namespace
@@ -194,6 +309,13 @@ void bind_warps(py::module_& m) {
                          "(N, 2) samples to (N, 3) unit directions with polar angle u pi and "
                          "azimuth 2 pi v.",
                          false);
+  m.def("to_unit_disk_inverse", &to_unit_disk_inverse, py::arg("polar"),
+        "(N, 2) polar pairs (radius in [0, 1], angle in [-pi, 2pi)) back to (N, 2) samples.");
+  m.def("disk_concentric_pdf", &Sampling::disk_concentric_pdf,
+        "Density of disk_concentric per unit area of the disk: 1 / pi (the library's pi).");
+  m.def("disk_concentric_inverse", &disk_concentric_inverse, py::arg("points"),
+        "(N, 2) samples whose disk_concentric gives the (N, 3) points of the unit disk "
+        "(z not read).");
   m.def("shuffle_index", &shuffle_index, py::arg("index"), py::arg("count"),
         "Positions of the (N,) indices in the recursive even/odd order of `count` items "
         "(uint32).");

@@ -56,32 +56,51 @@ std::vector<Vec2> read_samples() {
   return samples;
 }
 
-void put(double const& value) { std::fwrite(&value, sizeof(value), 1, stdout); }
-void put(Vec2 const& v) { put(v.x), put(v.y); }
-void put(Vec3 const& v) { put(v.x), put(v.y), put(v.z); }
+void put(double const& value) {
+  std::fwrite(&value, sizeof(value), 1, stdout);
+}
+void put(Vec2 const& v) {
+  put(v.x), put(v.y);
+}
+void put(Vec3 const& v) {
+  put(v.x), put(v.y), put(v.z);
+}
 
+// The warp's point, again with its frame, then its density and its inverse
+// at that point.
 void warp(std::string const& name, double const& s, Vec2 const& uv) {
   Vec3 d, e, t, b;
   double const u = uv.x, v = uv.y;
-  if (name == "disk_concentric")
+  double pdf = 0.0, iu, iv;
+#define SAMPLING_REFERENCE_WARP(warp_name)                                  \
+  if (name == #warp_name) {                                                 \
+    Sampling::warp_name(u, v, d, s), Sampling::warp_name(u, v, e, t, b, s); \
+    pdf = Sampling::warp_name##_pdf(d, s);                                  \
+    Sampling::warp_name##_inverse(d, s, iu, iv);                            \
+  }
+  SAMPLING_REFERENCE_WARP(hemisphere_uniform)
+  SAMPLING_REFERENCE_WARP(hemisphere_uniform_concentric)
+  SAMPLING_REFERENCE_WARP(hemisphere_cosine)
+  SAMPLING_REFERENCE_WARP(hemisphere_cosine_concentric)
+#undef SAMPLING_REFERENCE_WARP
+#define SAMPLING_REFERENCE_WARP(warp_name)                            \
+  if (name == #warp_name) {                                           \
+    Sampling::warp_name(u, v, d), Sampling::warp_name(u, v, e, t, b); \
+    pdf = Sampling::warp_name##_pdf(d);                               \
+    Sampling::warp_name##_inverse(d, iu, iv);                         \
+  }
+  SAMPLING_REFERENCE_WARP(sphere_uniform)
+  SAMPLING_REFERENCE_WARP(sphere_cosine)
+#undef SAMPLING_REFERENCE_WARP
+  if (name == "disk_concentric") {
     Sampling::disk_concentric(u, v, d), Sampling::disk_concentric(u, v, e, t, b);
-  else if (name == "hemisphere_uniform")
-    Sampling::hemisphere_uniform(u, v, d, s), Sampling::hemisphere_uniform(u, v, e, t, b, s);
-  else if (name == "hemisphere_uniform_concentric")
-    Sampling::hemisphere_uniform_concentric(u, v, d, s),
-        Sampling::hemisphere_uniform_concentric(u, v, e, t, b, s);
-  else if (name == "hemisphere_cosine")
-    Sampling::hemisphere_cosine(u, v, d, s), Sampling::hemisphere_cosine(u, v, e, t, b, s);
-  else if (name == "hemisphere_cosine_concentric")
-    Sampling::hemisphere_cosine_concentric(u, v, d, s),
-        Sampling::hemisphere_cosine_concentric(u, v, e, t, b, s);
-  else if (name == "sphere_uniform")
-    Sampling::sphere_uniform(u, v, d), Sampling::sphere_uniform(u, v, e, t, b);
-  else if (name == "sphere_cosine")
-    Sampling::sphere_cosine(u, v, d), Sampling::sphere_cosine(u, v, e, t, b);
-  else
+    pdf = Sampling::disk_concentric_pdf();
+    Sampling::disk_concentric_inverse(d, iu, iv);
+  } else if (name == "to_unit_disk") {
     Sampling::to_unit_disk(u, v, d.x, d.y);
-  put(d), put(e), put(t), put(b);
+    Sampling::to_unit_disk_inverse(d.x, d.y, iu, iv);
+  }
+  put(d), put(e), put(t), put(b), put(pdf), put(iu), put(iv);
 }
 
 // N, the samples one by one, P, then per packet its count, box and samples.

@@ -17,16 +17,27 @@ UNSCALED = ["disk_concentric", "sphere_uniform", "sphere_cosine"]
 @pytest.mark.parametrize("name,scale", [(n, s) for n in SCALED for s in (1.0, 0.6)] +
                          [(n, 1.0) for n in UNSCALED])
 def test_warps(reference, name, scale):
-    expected = reference("warp", name, scale, samples=UV).reshape(-1, 4, 3)
+    expected = reference("warp", name, scale, samples=UV)
+    points, pdf, inverse = expected.reshape(-1, 15)[:, :12].reshape(-1, 4, 3), \
+        expected.reshape(-1, 15)[:, 12], expected.reshape(-1, 15)[:, 13:]
     f = getattr(warps, name)
-    kwargs = {"radius_scale": scale} if name in SCALED else {}
-    assert_same_bits(f(UV, **kwargs), expected[:, 0])
-    assert_same_bits(np.stack(f(UV, frame=True, **kwargs), axis=1), expected[:, 1:])
+    scaled = {"radius_scale": scale} if name in SCALED else {}
+    d = f(UV, **scaled)
+    assert_same_bits(d, points[:, 0])
+    assert_same_bits(np.stack(f(UV, frame=True, **scaled), axis=1), points[:, 1:])
+    if name == "disk_concentric":
+        assert_same_bits(np.full(len(UV), warps.disk_concentric_pdf()), pdf)
+        assert_same_bits(warps.disk_concentric_inverse(d), inverse)
+    else:
+        assert_same_bits(getattr(warps, name + "_pdf")(d, **scaled), pdf)
+        assert_same_bits(getattr(warps, name + "_inverse")(d, **scaled), inverse)
 
 
 def test_disk_map_and_shuffle(reference):
-    assert_same_bits(warps.to_unit_disk(UV), reference("warp", "to_unit_disk", 1,
-                                                       samples=UV).reshape(-1, 12)[:, :2])
+    expected = reference("warp", "to_unit_disk", 1, samples=UV).reshape(-1, 15)
+    polar = warps.to_unit_disk(UV)
+    assert_same_bits(polar, expected[:, :2])
+    assert_same_bits(warps.to_unit_disk_inverse(polar), expected[:, 13:])
     index = np.arange(300)
     for count in (1, 7, 256, 300):
         pairs = np.stack([index, index], axis=1)
