@@ -17,7 +17,7 @@ import numpy as np  # noqa: E402
 import sampling  # noqa: E402
 from sampling import rays, warps  # noqa: E402
 
-uv = sampling.HammersleySampler2d().init(count_x=32, count_y=32).get_all_samples()
+uv = sampling.HammersleySampler2d().init(count_x=24, count_y=24).get_all_samples()
 colour = dict(c=uv[:, 0], cmap="viridis", s=3, linewidths=0)
 
 radius, angle = warps.to_unit_disk(uv).T
@@ -49,7 +49,7 @@ for k, (title, points, kind) in enumerate(panels):
 fan = rays.CosineWeightedHemisphereRayGenerator().init(
     direction=(np.sin(np.pi / 3), 0.0, np.cos(np.pi / 3)), angle=90.0)
 fan.project_clipped_samples((0.0, 0.0, 1.0))
-r = fan.get_rays(sampling.HaltonSampler2d().init(count_x=200).get_all_samples())
+r = fan.get_rays(sampling.HaltonSampler2d().init(count_x=120).get_all_samples())
 ax = figure.add_subplot(3, 3, 9, projection="3d")
 for o, d in zip(r.origins, r.directions):
     ax.plot(*np.stack([o, o + d]).T, color="tab:orange", linewidth=0.4)
@@ -57,4 +57,4 @@ ax.set_box_aspect((1, 1, 0.5))
 ax.set_title("cosine generator fan, below-surface rays projected", fontsize=10)
 
 figure.tight_layout()
-figure.savefig(sys.argv[1] if len(sys.argv) > 1 else "warps.png", dpi=64)
+figure.savefig(sys.argv[1] if len(sys.argv) > 1 else "warps.png", dpi=48)
