@@ -16,6 +16,21 @@ namespace sampling_python {
 namespace {
 
 using Vec3 = GMathVec3<double>;
+using Vec2 = GMathVec2<double>;
+
+// f(in[i], out[i]) over the records of `in` into a new (N, columns) array
+// ((N,) for one column), with the interpreter released.
+template <typename In, typename Out, typename F>
+py::array_t<double> map_records(Doubles const& in, py::ssize_t columns, F const& f) {
+  py::ssize_t const n = in.shape(0);
+  py::array_t<double> out = columns == 1 ? new_doubles({n}) : new_doubles({n, columns});
+  In const* a = as_records<In>(in);
+  Out* b = as_records<Out>(out);
+  py::gil_scoped_release release;
+  for (py::ssize_t i = 0; i < n; ++i)
+    f(a[i], b[i]);
+  return out;
+}
 
 // Every direction warp in two shapes (direction only, and direction with its
 // tangent and bitangent), its density and its inverse. Those without a
@@ -71,18 +86,15 @@ template <typename W>
 py::object warp(py::handle uv, double const& radius_scale, bool frame) {
   check_range(radius_scale, 0.0, 1.0, "radius_scale");
   Doubles const samples = to_samples(uv, "uv");
+  if (!frame)
+    return map_records<Vec2, Vec3>(
+        samples, 3, [&](Vec2 const& s, Vec3& d) { W::plain(s.x, s.y, d, radius_scale); });
   py::ssize_t const n = samples.shape(0);
-  GMathVec2<double> const* in = as_records<GMathVec2<double>>(samples);
+  Vec2 const* in = as_records<Vec2>(samples);
   py::array_t<double> d = new_doubles({n, 3});
-  Vec3* dp = as_records<Vec3>(d);
-  if (!frame) {
-    py::gil_scoped_release release;
-    for (py::ssize_t i = 0; i < n; ++i)
-      W::plain(in[i].x, in[i].y, dp[i], radius_scale);
-    return std::move(d);
-  }
   py::array_t<double> t = new_doubles({n, 3});
   py::array_t<double> b = new_doubles({n, 3});
+  Vec3* dp = as_records<Vec3>(d);
   Vec3* tp = as_records<Vec3>(t);
   Vec3* bp = as_records<Vec3>(b);
   {
@@ -112,72 +124,42 @@ Doubles to_directions(py::handle value, bool disk) {
 template <typename W>
 py::array_t<double> pdf(py::handle directions, double const& radius_scale) {
   check_range(radius_scale, 0.0, 1.0, "radius_scale");
-  Doubles const in = to_directions(directions, false);
-  py::ssize_t const n = in.shape(0);
-  Vec3 const* d = as_records<Vec3>(in);
-  py::array_t<double> out(n);
-  double* o = out.mutable_data();
-  py::gil_scoped_release release;
-  for (py::ssize_t i = 0; i < n; ++i)
-    o[i] = W::pdf(d[i], radius_scale);
-  return out;
+  return map_records<Vec3, double>(to_directions(directions, false), 1,
+                                   [&](Vec3 const& d, double& p) { p = W::pdf(d, radius_scale); });
 }
 
 // Samples (N, 2) whose warp gives the unit directions.
 template <typename W>
 py::array_t<double> inverse(py::handle directions, double const& radius_scale) {
   check_range(radius_scale, 0.0, 1.0, "radius_scale");
-  Doubles const in = to_directions(directions, false);
-  py::ssize_t const n = in.shape(0);
-  Vec3 const* d = as_records<Vec3>(in);
-  py::array_t<double> out = new_doubles({n, 2});
-  GMathVec2<double>* o = as_records<GMathVec2<double>>(out);
-  py::gil_scoped_release release;
-  for (py::ssize_t i = 0; i < n; ++i)
-    W::inverse(d[i], radius_scale, o[i].x, o[i].y);
-  return out;
+  return map_records<Vec3, Vec2>(to_directions(directions, false), 2, [&](Vec3 const& d, Vec2& uv) {
+    W::inverse(d, radius_scale, uv.x, uv.y);
+  });
 }
 
 py::array_t<double> disk_concentric_inverse(py::handle points) {
-  Doubles const in = to_directions(points, true);
-  py::ssize_t const n = in.shape(0);
-  Vec3 const* d = as_records<Vec3>(in);
-  py::array_t<double> out = new_doubles({n, 2});
-  GMathVec2<double>* o = as_records<GMathVec2<double>>(out);
-  py::gil_scoped_release release;
-  for (py::ssize_t i = 0; i < n; ++i)
-    Sampling::disk_concentric_inverse(d[i], o[i].x, o[i].y);
-  return out;
+  return map_records<Vec3, Vec2>(to_directions(points, true), 2, [](Vec3 const& p, Vec2& uv) {
+    Sampling::disk_concentric_inverse(p, uv.x, uv.y);
+  });
 }
 
 // (N, 2) polar (radius in [0, 1], angle in [-pi, 2pi), the library's pi)
 // back to samples.
 py::array_t<double> to_unit_disk_inverse(py::handle polar) {
   Doubles const in = to_doubles(polar, "polar", {-1, 2});
-  py::ssize_t const n = in.shape(0);
-  GMathVec2<double> const* p = as_records<GMathVec2<double>>(in);
-  for (py::ssize_t i = 0; i < n; ++i)
+  Vec2 const* p = as_records<Vec2>(in);
+  for (py::ssize_t i = 0; i < in.shape(0); ++i)
     if (!(p[i].x >= 0.0 && p[i].x <= 1.0 && p[i].y >= -k_sampling_pi && p[i].y < k_sampling_two_pi))
       fail("polar: pair " + std::to_string(i) +
            " is outside radius [0, 1], angle [-pi, 2pi) (pi = 3.141592653589)");
-  py::array_t<double> out = new_doubles({n, 2});
-  GMathVec2<double>* o = as_records<GMathVec2<double>>(out);
-  py::gil_scoped_release release;
-  for (py::ssize_t i = 0; i < n; ++i)
-    Sampling::to_unit_disk_inverse(p[i].x, p[i].y, o[i].x, o[i].y);
-  return out;
+  return map_records<Vec2, Vec2>(
+      in, 2, [](Vec2 const& p, Vec2& uv) { Sampling::to_unit_disk_inverse(p.x, p.y, uv.x, uv.y); });
 }
 
 py::array_t<double> to_unit_disk(py::handle uv) {
-  Doubles const samples = to_samples(uv, "uv");
-  py::ssize_t const n = samples.shape(0);
-  GMathVec2<double> const* in = as_records<GMathVec2<double>>(samples);
-  py::array_t<double> polar = new_doubles({n, 2});
-  GMathVec2<double>* out = as_records<GMathVec2<double>>(polar);
-  py::gil_scoped_release release;
-  for (py::ssize_t i = 0; i < n; ++i)
-    Sampling::to_unit_disk(in[i].x, in[i].y, out[i].x, out[i].y);
-  return polar;
+  return map_records<Vec2, Vec2>(to_samples(uv, "uv"), 2, [](Vec2 const& s, Vec2& polar) {
+    Sampling::to_unit_disk(s.x, s.y, polar.x, polar.y);
+  });
 }
 
 py::array_t<std::uint32_t> shuffle_index(py::handle index, py::handle count_value) {
