@@ -80,6 +80,18 @@ TEST(AnisotropicLobe, WorkedHalfVectorsAndSpreads) {
   EXPECT_TRUE(distance(tangent.normal, GMathVec3<double>(-1.0, 0.0, 0.0)) <= 1e-12);
   EXPECT_TRUE(std::fabs(tangent.spread - 1.0 / 3.0) <= 1e-9) << tangent.spread;
 
+  // compute_ray's spread: the level 0.1 at the exponent of the normal's
+  // azimuth (the larger exponent along N itself).
+  AnisotropicReflectionRayGenerator g;
+  init(g, flat_shading(100.0f, 10.0f, GMathVec3<double>(0.0, 0.0, -1.0)));
+  double const along_t = Lobe::spread_of_normal(g, GMathVec3<double>(0.6, 0.0, 0.8));
+  double const along_n = Lobe::spread_of_normal(g, GMathVec3<double>(0.0, 0.0, 1.0));
+  EXPECT_TRUE(std::fabs(along_t - 0.21598891366323994) <= 1e-14) << along_t;
+  EXPECT_TRUE(std::fabs(along_n - 0.21598891366323994) <= 1e-14) << along_n;
+  init(g, flat_shading(9.0f, 9.0f, GMathVec3<double>(0.0, 0.0, -1.0)));
+  double const iso_spread = Lobe::spread_of_normal(g, GMathVec3<double>(0.0, 0.6, 0.8));
+  EXPECT_TRUE(std::fabs(iso_spread - 0.7647831015792083) <= 1e-14) << iso_spread;
+
   // Isotropic lobes take phi = u 2pi' as it is, with no tangent round trip.
   for (double u : {0.0, 0.1, 0.25, 0.3, 0.5, 0.8, 1.0}) {
     LocalNormal const n = sample_local(5.0f, 5.0f, u, 0.4);
