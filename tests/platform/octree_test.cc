@@ -102,6 +102,11 @@ TEST(Octree, CollisionIsStrictAndSymmetricInTheRadii) {
   // A large stored radius reaches a query far from its cell.
   tree.add(GMathVec3<double>(0.0, 4.0, 0.0), 3.0);
   EXPECT_TRUE(tree.overlap(GMathVec3<double>(0.0, 1.5, 0.0), 0.6));
+  // A query of radius 10 that overlaps a point by 1e-12: its cell block
+  // must still reach the point's cell, which starts 1e-9 before the point.
+  tree.create(GMathBbox3<double>(GMathVec3<double>(0, 0, 0), GMathVec3<double>(1, 1, 1)), 4);
+  tree.add(GMathVec3<double>(0.5625 + 1e-9, 0.5, 0.5), 0.0);
+  EXPECT_TRUE(tree.overlap(GMathVec3<double>(0.5625 + 1e-9 - 10.0 + 1e-12, 0.5, 0.5), 10.0));
   // create() drops everything.
   tree.create(GMathBbox3<double>(GMathVec3<double>(0, 0, 0), GMathVec3<double>(4, 4, 4)), 2);
   EXPECT_EQ(tree.get_point_count(), 0u);
