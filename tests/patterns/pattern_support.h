@@ -15,9 +15,12 @@
 
 using Points = std::vector<GMathVec2<double>>;
 
+// All samples of `sampler`, checking that nothing is written past them.
 inline Points all_samples(Sampler2d& sampler) {
-  Points samples(sampler.get_sample_count());
+  Points samples(sampler.get_sample_count() + 1, GMathVec2<double>(-1.0, -1.0));
   sampler.get_all_samples(samples.data());
+  EXPECT_TRUE(samples.back() == GMathVec2<double>(-1.0, -1.0)) << "written past the samples";
+  samples.pop_back();
   return samples;
 }
 

@@ -122,6 +122,7 @@ TEST(PermutationTableStress, ThreadsRacingForNewSizesShareOneArray) {
       unsigned int const* published = Access::get_indices(count);
       ASSERT_NE(published, nullptr);
       ASSERT_TRUE(is_permutation(published, count)) << "M " << count;
+      ASSERT_EQ(Access::table()[count - 1].get(), reinterpret_cast<std::uintptr_t>(published));
       for (unsigned int t = 0; t < thread_count; ++t) {
         ASSERT_EQ(seen[t], published) << "round " << round << " M " << count << " thread " << t;
         ASSERT_TRUE(same_bits(samples[t], samples[t % 2])) << "thread " << t;

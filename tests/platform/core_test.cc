@@ -85,6 +85,10 @@ TEST(GMathRecords, MatricesAreRowMajorWithTheTranslationInTheFourthColumn) {
   // unit in the last place below 5 / 3.
   EXPECT_EQ((GMathVec3<double>(5, 7, 10) / 3.0).x, 5.0 * (1.0 / 3.0));
   EXPECT_NE((GMathVec3<double>(5, 7, 10) / 3.0).x, 5.0 / 3.0);
+  // A box is empty when inverted along any axis; a flat one is not.
+  GMathVec3<double> const p(1, 2, 3);
+  EXPECT_FALSE(GMathBbox3<double>(p, p).is_empty());
+  EXPECT_TRUE(GMathBbox3<double>(p, GMathVec3<double>(2, 1, 4)).is_empty());
   EXPECT_EQ(cross(GMathVec3<double>(1, 0, 0), GMathVec3<double>(0, 1, 0)),
             GMathVec3<double>(0, 0, 1));
 }

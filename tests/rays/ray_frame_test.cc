@@ -39,6 +39,10 @@ TEST(GMathBasicRay, SetDirectionDerivesInverseSignsAndMajorAxis) {
 }
 
 TEST(GMathRay, SetDifferentialsCopiesAndSummarisesTheCone) {
+  // The tracer reads the type as a number.
+  EXPECT_EQ(
+      GMathRay::k_type_reflection * 100 + GMathRay::k_type_refraction * 10 + GMathRay::k_type_probe,
+      345);
   GMathRay ray(GMathVec3<double>(1.0, 2.0, 3.0), GMathVec3<double>(0.0, 0.0, 1.0));
   ray.m_aux_cleared[0] = 7.0;
   GMathRayDifferential d;
