@@ -106,6 +106,16 @@ TEST(GeometryMesh, EvaluationMapsCornersAndKeepsAFrame) {
   }
 }
 
+TEST(GeometryMesh, DegenerateFacesHaveAZeroNormal) {
+  GeometryMesh line;
+  line.add_triangle(line.add_vertex(v3(0, 0, 0)), line.add_vertex(v3(1, 1, 0)),
+                    line.add_vertex(v3(2, 2, 0)), 0);
+  line.set_sample_scalar(0.5);
+  GeometryIntersection const point = evaluate(line, GMathMatrix4x4<double>(), 0, 0.25, 0.5);
+  EXPECT_EQ(point.m_world_normal, v3(0, 0, 0));
+  EXPECT_EQ(point.m_world_position, v3(1.25, 1.25, 0));
+}
+
 TEST(GeometryMesh, MotionAndOffsetStayInsideThePrimitiveBoxes) {
   GeometryMesh mesh = make_mesh();
   mesh.set_vertex_velocity(4, v3(0, 0, -2));

@@ -155,10 +155,11 @@ inline unsigned int expect_get_rays_matches_get_ray(SampleRayGenerator const& g,
 // present when count > 0. Each breach aborts naming the operation.
 inline void expect_sample_contract_deaths(SampleRayGenerator const& g) {
   GMathRay ray;
-  EXPECT_DEATH(g.get_ray(GMathVec2<double>(1.5, 0.5), ray, nullptr), "get_ray: sample outside");
+  EXPECT_DEATH(g.get_ray(GMathVec2<double>(1.5, 0.5), ray, nullptr),
+               "get_ray: sample outside \\[0,1\\]\\^2");
   EXPECT_DEATH(g.get_ray(GMathVec2<double>(0.5, 1.0 + 1e-9), ray, nullptr), "sample outside");
   GMathVec2<double> const outside(-0.1, 0.5);
-  EXPECT_DEATH(g.get_rays(&outside, 1, &ray, nullptr), "get_rays: sample outside");
+  EXPECT_DEATH(g.get_rays(&outside, 1, &ray, nullptr), "get_rays: sample outside \\[0,1\\]\\^2");
   EXPECT_DEATH(g.get_rays(&outside, 1, nullptr, nullptr), "null sample or ray array");
   EXPECT_DEATH(g.get_rays(nullptr, 3, &ray, nullptr), "null sample or ray array");
 }

@@ -33,12 +33,12 @@ TEST(RayContractsDeathTest, ShapeSamplesAndCornersOutsideTheSquare) {
     GMathRay rays[2];
     double weights[2];
     EXPECT_DEATH(g->get_ray(Vec2(1.0 + 1e-9, 0.5), rays[0], nullptr),
-                 "shape ray generator: sample outside");
+                 "shape ray generator: sample outside \\[0,1\\]\\^2");
     EXPECT_DEATH(g->get_rays(outside, 2, rays, weights), "shape ray generator: sample outside");
     EXPECT_DEATH(g->get_rays(outside, 2, rays, nullptr), "shape ray generator: sample outside");
     GMathFrustum frustum;
     EXPECT_DEATH(g->get_frustum(Vec2(0.0, 0.0), Vec2(1.5, 1.0), frustum),
-                 "get_frustum: box corner outside");
+                 "get_frustum: box corner outside \\[0,1\\]\\^2");
     // The edges of the square are inside.
     EXPECT_TRUE(g->get_ray(Vec2(1.0, 0.0), rays[0], nullptr) || g == &disk);
   }

@@ -309,7 +309,7 @@ TEST(CosineWeightedHemisphereRayGeneratorDeathTest, CallerContractsAreChecked) {
   GMathRay ray;
   EXPECT_DEATH(g.init(GMathRay(Vec3(), Vec3(0.0, 0.0, 2.0)), 90.0, 0.0, 0.0), "unit vector");
   g.init(ray, 90.0, 0.0, 0.0);
-  EXPECT_DEATH(g.get_ray(Vec2(1.5, 0.5), ray, nullptr), "samples must lie");
+  EXPECT_DEATH(g.get_ray(Vec2(1.5, 0.5), ray, nullptr), "samples must lie in \\[0,1\\]\\^2");
   Vec2 const samples[2] = {{0.5, 0.5}, {0.5, -0.01}};
   GMathRay rays[2];
   EXPECT_DEATH(g.get_rays(samples, 2, rays, nullptr), "samples must lie");
