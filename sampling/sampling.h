@@ -69,8 +69,8 @@ class SAMPLING_API Sampling {
   // the disk's area. The centre gives radius -0.0 and angle 0. Trig-free.
   static void to_unit_disk(double const& u, double const& v, double& radius, double& angle);
   // Its inverse: polar (radius, angle), radius in [0, 1] and angle in
-  // [-pi, 2pi) (atan2's range, [0, 2pi) or the map's own), to (u, v) in
-  // [0,1]^2. Radius 0 gives (0.5, 0.5).
+  // [-pi, 2pi) of the true pi (atan2's range, [0, 2pi) or the map's own),
+  // to (u, v) in [0,1]^2. Radius 0 gives (0.5, 0.5).
   static void to_unit_disk_inverse(double const& radius, double const& angle, double& u, double& v);
 
   // Point of the unit disk in the z = 0 plane, uniform per unit area.

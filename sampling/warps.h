@@ -104,20 +104,28 @@ inline bool in_cone(GMathVec3<double> const& d, double const& rho, double const&
   return d.z >= 0.0 && rho <= s + s * 0x1p-50;
 }
 
+// s cos(t) = sqrt(s^2 - rho^2) for rho = s sin(t) and a unit direction.
+// Nearer the horizon than the pole it is taken as sqrt(z^2 - (1 - s^2)):
+// there z keeps the digits that rho = sqrt(1 - z^2) loses, which decide
+// the rim of a cone with s near 1.
+inline double cone_cosine(GMathVec3<double> const& d, double const& rho, double const& s) {
+  double const q = d.z < rho ? d.z * d.z - (1.0 - s) * (1.0 + s) : (s - rho) * (s + rho);
+  return std::sqrt(std::max(q, 0.0));
+}
+
 // The angle t in [0, pi/2] of rho = s sin(t); for s = 1, the polar angle.
 inline double sine_angle(GMathVec3<double> const& d, double const& rho, double const& s) {
-  double const c = s == 1.0 ? d.z : std::sqrt(std::max((s - rho) * (s + rho), 0.0));
-  return std::atan2(rho, c);
+  return std::atan2(rho, cone_cosine(d, rho, s));
 }
 
 // z / sqrt(s^2 - rho^2): turns a density in t of rho = s sin(t) into one per
 // solid angle. 1 for s = 1 (where z = sqrt(1 - rho^2) itself, horizon
 // included); without bound at the rim of a narrower cone.
-inline double rim_factor(double const& z, double const& rho, double const& s) {
+inline double rim_factor(GMathVec3<double> const& d, double const& rho, double const& s) {
   if (s == 1.0)
     return 1.0;
-  double const q = (s - rho) * (s + rho);
-  return q > 0.0 ? z / std::sqrt(q) : HUGE_VAL;
+  double const c = cone_cosine(d, rho, s);
+  return c > 0.0 ? d.z / c : HUGE_VAL;
 }
 
 }  // namespace detail
@@ -152,8 +160,8 @@ inline void to_unit_disk(double const& u, double const& v, double& radius, doubl
 }
 
 // Inverse of to_unit_disk: polar (radius, angle) with radius in [0, 1] and
-// angle in [-pi, 2pi) (what atan2 gives, a full turn from 0, or the map's
-// own range) to (u, v) in [0,1]^2. Angles are wrapped by a true turn into
+// angle in [-pi, 2pi) of the true pi (what atan2 gives, a full turn from 0,
+// or the map's own range) to (u, v) in [0,1]^2. Angles are wrapped by a true turn into
 // [-pi_L/4, 2pi - pi_L/4); the sliver past 7pi_L/4 that the map misses goes
 // to the nearest edge. Radius 0 gives the centre (0.5, 0.5).
 inline void to_unit_disk_inverse(double const& radius, double const& angle, double& u, double& v) {
@@ -253,8 +261,8 @@ inline double hemisphere_uniform_pdf(GMathVec3<double> const& direction,
   double const rho = detail::projected_radius(direction);
   if (!detail::in_cone(direction, rho, radius_scale))
     return 0.0;
-  return detail::rim_factor(direction.z, rho, radius_scale) *
-         (detail::k_inv_pi * detail::k_inv_pi) / rho;
+  return detail::rim_factor(direction, rho, radius_scale) * (detail::k_inv_pi * detail::k_inv_pi) /
+         rho;
 }
 
 // Inverse of hemisphere_uniform: u = asin(rho / s) 2 / pi_L, v = azimuth / 2pi_L.
@@ -299,7 +307,7 @@ inline double hemisphere_uniform_concentric_pdf(GMathVec3<double> const& directi
   double const t_over_rho =
       rho > 0.0 ? detail::sine_angle(direction, rho, radius_scale) / rho : 1.0 / radius_scale;
   return 4.0 * detail::k_inv_pi * detail::k_inv_pi * detail::k_inv_pi * t_over_rho *
-         detail::rim_factor(direction.z, rho, radius_scale);
+         detail::rim_factor(direction, rho, radius_scale);
 }
 
 // Inverse of hemisphere_uniform_concentric: the concentric map's inverse at

@@ -37,7 +37,7 @@ void Sampling::to_unit_disk(double const& u, double const& v, double& radius, do
 
 void Sampling::to_unit_disk_inverse(double const& radius, double const& angle, double& u,
                                     double& v) {
-  SAMPLING_CHECK(angle >= -k_sampling_pi && angle < k_sampling_two_pi,
+  SAMPLING_CHECK(angle >= -0.5 * warps::detail::k_full_turn && angle < warps::detail::k_full_turn,
                  "Sampling::to_unit_disk_inverse: angle outside [-pi, 2pi)");
   warps::to_unit_disk_inverse(radius, angle, u, v);
 }
