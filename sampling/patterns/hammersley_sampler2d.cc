@@ -3,6 +3,7 @@
 #include "sampling/checks.h"
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/patterns/single_packet_callbacks.h"
+#include "sampling/patterns/u32_lanes.h"
 #include "sampling/warps/shuffle_index.h"
 
 namespace {
@@ -30,7 +31,14 @@ struct HammersleySampler2d::HammersleyPoints {
   explicit HammersleyPoints(HammersleySampler2d const& sampler)
       : seed(sampler.m_seed),
         v_offset(sampler.m_v_offset),
-        inv_point_count(sampler.m_inv_point_count) {}
+        inv_point_count(sampler.m_inv_point_count)
+#if defined(SAMPLING_U32_LANES)
+        ,
+        lanes(0.0, v_offset, 0x1p-32, inv_point_count),
+        seeds(_mm_set1_epi32(static_cast<int>(seed)))
+#endif
+  {
+  }
 
   // Point k of the underlying set: u = radical_inverse_2(k + seed) and
   // v = (k + v_offset) / point count.
@@ -39,9 +47,37 @@ struct HammersleySampler2d::HammersleyPoints {
     sample.y = (static_cast<double>(k) + v_offset) * inv_point_count;
   }
 
+  // Points k, k + step, ... (count of them) into samples[0 .. count-1];
+  // four at a time in lanes where the platform has them (the same bits).
+  void write_run(unsigned int k, unsigned int const step, unsigned int const count,
+                 GMathVec2<double>* samples) const {
+    unsigned int i = 0;
+#if defined(SAMPLING_U32_LANES)
+    __m128i lane_k = index_lanes(k, step);
+    __m128i const lane_step = _mm_set1_epi32(static_cast<int>(4u * step));
+    for (; count - i >= 4; i += 4, k += 4u * step) {
+      write4(lane_k, samples + i);
+      lane_k = _mm_add_epi32(lane_k, lane_step);
+    }
+#endif
+    for (; i < count; ++i, k += step)
+      write(k, samples[i]);
+  }
+
+#if defined(SAMPLING_U32_LANES)
+  // The points of the four indices in the lanes of k into samples[0 .. 3].
+  void write4(__m128i const& k, GMathVec2<double>* samples) const {
+    lanes.write4(reverse_bits_x4(_mm_add_epi32(k, seeds)), k, samples);
+  }
+#endif
+
   unsigned int const seed;
   double const v_offset;
   double const inv_point_count;
+#if defined(SAMPLING_U32_LANES)
+  PairWriter const lanes;
+  __m128i const seeds;
+#endif
 };
 
 void HammersleySampler2d::compute_v_offset() {
@@ -138,10 +174,7 @@ void HammersleySampler2d::get_all_samples_callback(HammersleySampler2d& sampler,
                                                    GMathVec2<double>* samples) {
   // The record's fields are read once: the stores through `samples` could
   // alias them, which would otherwise force a reload per point.
-  HammersleyPoints const points(sampler);
-  unsigned int const n = sampler.m_sample_count;
-  for (unsigned int k = 0; k < n; ++k)
-    points.write(k, samples[k]);
+  HammersleyPoints(sampler).write_run(0, 1, sampler.m_sample_count, samples);
 }
 
 unsigned int HammersleySampler2d::get_single_packet_samples_callback(HammersleySampler2d& sampler,
@@ -167,10 +200,9 @@ unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2
                              px;
   unsigned int const end = static_cast<unsigned int>(
       static_cast<long long>(static_cast<double>(py + 1) * sampler.m_band_size + 0.5));
-  HammersleyPoints const points(sampler);
-  unsigned int written = 0;
-  for (unsigned int k = start; k < end; k += columns)
-    points.write(k, samples[written++]);
+  // The indices start, start + Px, ... below end.
+  unsigned int const written = start < end ? (end - start - 1u) / columns + 1u : 0u;
+  HammersleyPoints(sampler).write_run(start, columns, written, samples);
   // All indices of the packet agree modulo Px (a power of two), so the low
   // log2(Px) bits of k + seed, which fix the leading digits of u, agree too.
   corner0.x = radical_inverse_2((sampler.m_seed + start) & (columns - 1));
@@ -191,7 +223,17 @@ void HammersleySampler2d::get_all_sub_samples_callback(HammersleySampler2d& samp
   HammersleyPoints const points(sampler);
   HammersleySampler2d const copy = sampler;
   unsigned int const n = copy.m_sample_count;
-  for (unsigned int i = 0; i < n; ++i)
+  unsigned int i = 0;
+#if defined(SAMPLING_U32_LANES)
+  for (; n - i >= 4; i += 4) {
+    points.write4(_mm_set_epi32(static_cast<int>(copy.get_sub_index(i + 3)),
+                                static_cast<int>(copy.get_sub_index(i + 2)),
+                                static_cast<int>(copy.get_sub_index(i + 1)),
+                                static_cast<int>(copy.get_sub_index(i))),
+                  samples + i);
+  }
+#endif
+  for (; i < n; ++i)
     points.write(copy.get_sub_index(i), samples[i]);
 }
 

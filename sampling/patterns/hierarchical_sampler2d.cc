@@ -8,6 +8,7 @@
 #include "sampling/patterns/permutation_builder.h"
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/patterns/sobol_components.h"
+#include "sampling/patterns/u32_lanes.h"
 #include "sampling/warps/shuffle_index.h"
 
 CoreAtomic64* HierarchicalSampler2d::m_table = nullptr;
@@ -174,12 +175,34 @@ void HierarchicalSampler2d::get_sample_random_callback(HierarchicalSampler2d& sa
 }
 void HierarchicalSampler2d::get_all_samples_random_callback(HierarchicalSampler2d& sampler,
                                                             GMathVec2<double>* samples) {
-  RandomCallbacks::get_all_samples(sampler, samples);
+  HierarchicalSampler2d const local = sampler;
+  unsigned int const n = local.m_sample_count;
+  unsigned int i = 0;
+#if defined(SAMPLING_U32_LANES)
+  // Samples i and i + 1 are the four consecutive table entries from
+  // first + 2 i on (modulo the table size): one load unless they wrap.
+  PairWriter const lanes(0.0, 0.0, k_unit_from_u32_scale, k_unit_from_u32_scale);
+  unsigned int const first = table_entry(local.m_seed) + 2u * local.m_offset;
+  unsigned int const last_load = GRandomFastMt::m_table_size - 4u;
+  for (; n - i >= 2; i += 2) {
+    unsigned int const j = (first + 2u * i) % GRandomFastMt::m_table_size;
+    if (j <= last_load) {
+      lanes.write2(_mm_loadu_si128(reinterpret_cast<__m128i const*>(GRandomFastMt::m_table + j)),
+                   samples + i);
+    } else {  // the pair at the table's end
+      local.get_random_sample(i, samples[i].x, samples[i].y);
+      local.get_random_sample(i + 1, samples[i + 1].x, samples[i + 1].y);
+    }
+  }
+#endif
+  for (; i < n; ++i)
+    local.get_random_sample(i, samples[i].x, samples[i].y);
 }
 unsigned int HierarchicalSampler2d::get_packet_samples_random_callback(
-    HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+    HierarchicalSampler2d& sampler, unsigned int const&, GMathVec2<double>* samples,
     GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
-  return RandomCallbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
+  get_all_samples_random_callback(sampler, samples);
+  return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }
 
 void HierarchicalSampler2d::get_sample_hammersley_callback(HierarchicalSampler2d& sampler,
@@ -189,12 +212,40 @@ void HierarchicalSampler2d::get_sample_hammersley_callback(HierarchicalSampler2d
 }
 void HierarchicalSampler2d::get_all_samples_hammersley_callback(HierarchicalSampler2d& sampler,
                                                                 GMathVec2<double>* samples) {
+#if defined(SAMPLING_U32_LANES)
+  HierarchicalSampler2d const local = sampler;
+  unsigned int const n = local.m_sample_count;
+  unsigned int const m = local.m_point_count;
+  // Position (offset + i) % m followed from sample to sample without a
+  // division: it steps to 0 at m, and where offset + i wraps past 2^32.
+  unsigned int at = local.m_offset;
+  unsigned int position = at % m;
+  auto const next = [&] {
+    unsigned int const j = local.m_indices[position];
+    if (++position == m)
+      position = 0;
+    if (++at == 0)
+      position = 0;
+    return static_cast<int>(j);
+  };
+  PairWriter const lanes(0.0, local.m_v_offset, 0x1p-32, local.m_scale);
+  __m128i const seeds = _mm_set1_epi32(static_cast<int>(local.m_seed));
+  for (unsigned int i = 0; n - i >= 4; i += 4) {
+    int const j0 = next(), j1 = next(), j2 = next(), j3 = next();
+    __m128i const j = _mm_set_epi32(j3, j2, j1, j0);
+    lanes.write4(reverse_bits_x4(_mm_add_epi32(j, seeds)), j, samples + i);
+  }
+  for (unsigned int i = n & ~3u; i < n; ++i)
+    local.get_hammersley_sample(i, samples[i].x, samples[i].y);
+#else
   HammersleyCallbacks::get_all_samples(sampler, samples);
+#endif
 }
 unsigned int HierarchicalSampler2d::get_packet_samples_hammersley_callback(
-    HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+    HierarchicalSampler2d& sampler, unsigned int const&, GMathVec2<double>* samples,
     GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
-  return HammersleyCallbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
+  get_all_samples_hammersley_callback(sampler, samples);
+  return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }
 
 void HierarchicalSampler2d::get_sample_halton_callback(HierarchicalSampler2d& sampler,
@@ -219,10 +270,39 @@ void HierarchicalSampler2d::get_sample_sobol_callback(HierarchicalSampler2d& sam
 }
 void HierarchicalSampler2d::get_all_samples_sobol_callback(HierarchicalSampler2d& sampler,
                                                            GMathVec2<double>* samples) {
-  SobolCallbacks::get_all_samples(sampler, samples);
+  HierarchicalSampler2d const local = sampler;
+  unsigned int const n = local.m_sample_count;
+  unsigned int i = 0;
+#if defined(SAMPLING_U32_LANES)
+  PairWriter const lanes(0.0, 0.0, k_unit_from_u32_scale, k_unit_from_u32_scale);
+  __m128i const scramble_u = _mm_set1_epi32(static_cast<int>(local.m_scramble_u));
+  __m128i const scramble_v = _mm_set1_epi32(static_cast<int>(local.m_scramble_v));
+  Sobol2ByteTables const& bytes = k_sobol_2_byte_tables;
+  for (; n - i >= 4; i += 4) {
+    unsigned int const n1 = i + local.m_seed + 1u;
+    unsigned int const low = n1 & 0xFFu;
+    __m128i v;
+    if (low <= 252u) {
+      // The four indices share their upper three bytes: one XOR of those
+      // bytes' entries and four consecutive entries of the lowest byte's table.
+      unsigned int const upper = sobol_2_by_bytes(n1 & ~0xFFu);
+      v = _mm_xor_si128(_mm_set1_epi32(static_cast<int>(upper)),
+                        _mm_loadu_si128(reinterpret_cast<__m128i const*>(&bytes.entry[0][low])));
+    } else {
+      v = _mm_set_epi32(
+          static_cast<int>(sobol_2_by_bytes(n1 + 3u)), static_cast<int>(sobol_2_by_bytes(n1 + 2u)),
+          static_cast<int>(sobol_2_by_bytes(n1 + 1u)), static_cast<int>(sobol_2_by_bytes(n1)));
+    }
+    __m128i const u = reverse_bits_x4(index_lanes(n1, 1));
+    lanes.write4(_mm_xor_si128(u, scramble_u), _mm_xor_si128(v, scramble_v), samples + i);
+  }
+#endif
+  for (; i < n; ++i)
+    local.get_sobol_sample(i, samples[i].x, samples[i].y);
 }
 unsigned int HierarchicalSampler2d::get_packet_samples_sobol_callback(
-    HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
+    HierarchicalSampler2d& sampler, unsigned int const&, GMathVec2<double>* samples,
     GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
-  return SobolCallbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
+  get_all_samples_sobol_callback(sampler, samples);
+  return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }

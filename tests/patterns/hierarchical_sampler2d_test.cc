@@ -198,3 +198,26 @@ TEST(HierarchicalSampler2d, RandomModeReadsDisjointRunsOfTheTable) {
         << "mode 2^32 - 1";
   }
 }
+
+// The array paths work four samples at a time; where the table (random mode:
+// a seed whose run starts within 2048 entries of its end) and the 32-bit
+// positions (count * set_index just below 2^32) wrap, they keep get_sample's
+// bits.
+TEST(HierarchicalSampler2d, ArrayPathsKeepTheOneSampleBitsWhereIndicesWrap) {
+  LibraryScope library;
+  unsigned int table_wrap = 0;
+  while (table_entry(table_wrap) % GRandomFastMt::m_table_size >= 2048u)
+    ++table_wrap;
+  for (unsigned int mode = 0; mode < 4; ++mode) {
+    for (unsigned int seed : {0u, 65535u, table_wrap}) {
+      H sampler(static_cast<H::Mode>(mode));
+      sampler.init(seed, 2048, 1, (1u << 21) - 1u);
+      std::vector<GMathVec2<double>> const all = all_samples(sampler);
+      for (unsigned int i = 0; i < all.size(); ++i) {
+        GMathVec2<double> one;
+        sampler.get_sample(i, one);
+        ASSERT_TRUE(one.x == all[i].x && one.y == all[i].y) << mode << ", " << seed << ", " << i;
+      }
+    }
+  }
+}
