@@ -51,11 +51,29 @@ constexpr double k_inv_two_pi = 1.0 / k_sampling_two_pi;
 constexpr double k_inv_half_pi = 1.0 / k_sampling_half_pi;
 constexpr double k_inv_quarter_pi = 1.0 / k_sampling_quarter_pi;
 
+// The cosine and sine of one angle (one sincos call where the compiler
+// fuses them; the bits of cos and sin either way). Each result is then held
+// in a register of its own: otherwise GCC's straight-line vectoriser reloads
+// the call's two 8-byte results as one 16-byte load, which the processor
+// cannot forward from the two 8-byte stores and waits on, about 3 ns per
+// warp. The empty asm statement emits nothing and changes no bit.
+inline void cos_sin(double const& angle, double& c, double& s) {
+  double cosine = std::cos(angle);
+  double sine = std::sin(angle);
+#if defined(__GNUC__) && defined(__SSE2__)
+  asm("" : "+x"(cosine), "+x"(sine));
+#endif
+  c = cosine;
+  s = sine;
+}
+
 // Writes (cos(phi) rho, sin(phi) rho, z).
 inline void polar_point(double const& phi, double const& rho, double const& z,
                         GMathVec3<double>& out) {
-  out.x = std::cos(phi) * rho;
-  out.y = std::sin(phi) * rho;
+  double c, s;
+  cos_sin(phi, c, s);
+  out.x = c * rho;
+  out.y = s * rho;
   out.z = z;
 }
 
@@ -63,8 +81,8 @@ inline void polar_point(double const& phi, double const& rho, double const& z,
 inline void polar_frame(double const& phi, double const& rho, double const& z,
                         GMathVec3<double>& out, GMathVec3<double>& tangent,
                         GMathVec3<double>& bitangent) {
-  double const c = std::cos(phi);
-  double const s = std::sin(phi);
+  double c, s;
+  cos_sin(phi, c, s);
   out.x = c * rho;
   out.y = s * rho;
   out.z = z;
@@ -205,8 +223,8 @@ inline void disk_concentric(double const& u, double const& v, GMathVec3<double>&
                             GMathVec3<double>& tangent, GMathVec3<double>& bitangent) {
   double radius, angle;
   to_unit_disk(u, v, radius, angle);
-  double const c = std::cos(angle);
-  double const s = std::sin(angle);
+  double c, s;
+  detail::cos_sin(angle, c, s);
   point.x = c * radius;
   point.y = s * radius;
   point.z = 0.0;

@@ -150,8 +150,8 @@ inline void CosineWeightedHemisphereRayGenerator::warp(double const& radius, dou
                                                        GMathVec3<double>& tangent_v) const {
   double const s = radius * m_sin[0];
   double const c = std::sqrt(1.0 - s * s);
-  double const cos_phi = std::cos(angle);
-  double const sin_phi = std::sin(angle);
+  double cos_phi, sin_phi;
+  sampling::warps::detail::cos_sin(angle, cos_phi, sin_phi);
   // The frame of Sampling::hemisphere_cosine_concentric with radius scale
   // sin h, carried into the world by the frame's columns.
   direction = m_matrix.transform_vector(GMathVec3<double>(cos_phi * s, sin_phi * s, c));

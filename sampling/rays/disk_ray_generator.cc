@@ -50,8 +50,9 @@ void DiskRayGenerator::disable_clipping() {
 inline GMathVec3<double> DiskRayGenerator::local_point(GMathVec2<double> const& sample) const {
   double r, phi;
   concentric_map(sample.x, sample.y, r, phi);
-  return GMathVec3<double>(std::cos(phi) * r * m_radius, std::sin(phi) * r * m_radius,
-                           0.0 * m_radius);
+  double c, s;
+  sampling::warps::detail::cos_sin(phi, c, s);
+  return GMathVec3<double>(c * r * m_radius, s * r * m_radius, 0.0 * m_radius);
 }
 
 // The corners' own points; the concentric map bends the box edges, which the
