@@ -82,6 +82,26 @@ TEST(SurfaceBlueNoise, ExactPlacementsOnSmallMeshes) {
     }
   }
 
+  // A candidate that finds no free spot gives up after 128 throws (the
+  // budget of the largest primitive) and ends its primitive's candidates:
+  // the next primitive's dart follows those draws.
+  GeometryMesh two;
+  add_square(two, 0, 0, 1, 0);
+  add_square(two, 5, 5, 0.5, 1);
+  {
+    CoreArray<PrimitiveArea> table;
+    double total = 0.0;
+    build_area_table(CtxEval(), two, GMathMatrix4x4<double>(), k_all, table, total);
+    place_blue_noise_samples(CtxEval(), two, GMathMatrix4x4<double>(), k_all, 1000, 4.0, 10.0,
+                             table, descriptors);
+    reference.seed(1);
+    ASSERT_EQ(descriptors.count(), 2u);
+    expect_descriptor(descriptors[0], expected_descriptor(0, 4, reference, DrawOrder::k_dart));
+    for (int i = 0; i < 2 * 128; ++i)
+      reference();
+    expect_descriptor(descriptors[1], expected_descriptor(1, 4, reference, DrawOrder::k_dart));
+  }
+
   // A large triangle, a tiny one far away (expected count far below 1: one
   // candidate, one throw, free space) and a degenerate one (one candidate,
   // no throw).
