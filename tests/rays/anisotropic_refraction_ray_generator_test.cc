@@ -125,26 +125,12 @@ TEST(AnisotropicRefractionRayGenerator, SnellsLawAndSidesHoldForProducedRays) {
   EXPECT_GT(failed, 50);
 }
 
-TEST(AnisotropicRefractionRayGenerator, PacksAndWeighsExactlyTheSuccesses) {
-  // Grazing incidence into a denser medium: many samples fail both normals.
-  Shading s = flat_shading(1.0f, 4.0f, unit(GMathVec3<double>(1.0, 0.2, -0.15)));
-  s.geometric_normal = unit(GMathVec3<double>(0.05, 0.0, 1.0));
-  AnisotropicRefractionRayGenerator g;
-  init(g, s, 1.5f);
+// Light leaving from below: every normal faces away, no ray at all, the ray
+// and weight arrays are left as they were; get_ray still stores its weight.
+// (Packing and weights of the produced rays are the rays harness's.)
+TEST(AnisotropicRefractionRayGenerator, LightFromBelowGivesNoRay) {
   std::mt19937_64 rng(47);
   std::vector<GMathVec2<double>> const samples = random_samples(rng, 2000);
-  AnisotropicRefractionRayGenerator copy;
-  copy = g;
-  unsigned int const n = expect_get_rays_matches_get_ray(copy, samples);
-  EXPECT_GT(n, 200u);
-  EXPECT_LT(n, 1800u);
-  unsigned int successes = 0;
-  for (GMathVec2<double> const& sample : samples)
-    successes += expected_ray(g, s, 1.5f, sample).produced ? 1u : 0u;
-  EXPECT_EQ(n, successes);
-
-  // Light leaving from below: every normal faces away, no ray at all, the
-  // ray and weight arrays are left as they were.
   AnisotropicRefractionRayGenerator from_below;
   init(from_below, flat_shading(5.0f, 5.0f, unit(GMathVec3<double>(0.2, 0.1, 1.0))), 1.2f);
   std::vector<GMathRay> rays = patterned_rays(samples.size(), 0x5A);
@@ -156,14 +142,6 @@ TEST(AnisotropicRefractionRayGenerator, PacksAndWeighsExactlyTheSuccesses) {
   double weight = -1.0;
   EXPECT_FALSE(from_below.get_ray(samples[7], rays[0], &weight));
   EXPECT_EQ(weight, 1.0);
-
-  // No frustum: only the count is written.
-  GMathFrustum frustum;
-  frustum.m_plane_count = 4;
-  frustum.m_plane_distance[0] = 2.0;
-  g.get_frustum(GMathVec2<double>(0.25, 0.25), GMathVec2<double>(0.5, 0.5), frustum);
-  EXPECT_EQ(frustum.m_plane_count, 0u);
-  EXPECT_EQ(frustum.m_plane_distance[0], 2.0);
 }
 
 TEST(AnisotropicRefractionRayGenerator, ComputeRayReportsTotalInternalReflection) {

@@ -126,30 +126,6 @@ inline std::vector<GMathVec2<double>> random_samples(std::mt19937_64& rng, int c
   return samples;
 }
 
-// get_ray one sample at a time and get_rays over the whole array give the
-// same rays bit for bit, packed in sample order, with weights for exactly the
-// produced rays. Returns the number of rays.
-inline unsigned int expect_get_rays_matches_get_ray(SampleRayGenerator const& g,
-                                                    std::vector<GMathVec2<double>> const& samples) {
-  unsigned int const count = static_cast<unsigned int>(samples.size());
-  std::vector<GMathRay> single = patterned_rays(samples.size(), 0xA5);
-  std::vector<GMathRay> batch = patterned_rays(samples.size(), 0xA5);
-  std::vector<double> weights(samples.size() + 1, -1.0);
-  unsigned int produced = 0;
-  for (unsigned int i = 0; i < count; ++i) {
-    double weight = -1.0;
-    bool const made = g.get_ray(samples[i], single[produced], &weight);
-    EXPECT_EQ(weight, 1.0) << "get_ray stores the weight also when it writes no ray";
-    produced += made ? 1u : 0u;
-  }
-  unsigned int const n = g.get_rays(samples.data(), count, batch.data(), weights.data());
-  EXPECT_EQ(n, produced);
-  EXPECT_EQ(std::memcmp(single.data(), batch.data(), samples.size() * sizeof(GMathRay)), 0);
-  for (unsigned int i = 0; i <= count; ++i)
-    EXPECT_EQ(weights[i], i < n ? 1.0 : -1.0) << i;
-  return n;
-}
-
 #ifdef SAMPLING_CHECKS
 // The sample contract of get_ray and get_rays: samples in [0,1]^2, arrays
 // present when count > 0. Each breach aborts naming the operation.
