@@ -17,7 +17,8 @@ void fail(std::string const& message) {
   throw py::value_error(message);
 }
 
-Doubles to_doubles(py::handle value, char const* name, std::initializer_list<py::ssize_t> shape) {
+Doubles to_doubles(py::handle value, char const* name, std::initializer_list<py::ssize_t> shape,
+                   bool finite) {
   py::array a = py::array::ensure(value);
   if (!a)
     fail(std::string(name) + ": expected an array of numbers");
@@ -37,11 +38,15 @@ Doubles to_doubles(py::handle value, char const* name, std::initializer_list<py:
   wanted += shape.size() == 1 ? ",)" : ")";
   if (!fits)
     fail(std::string(name) + ": expected shape " + wanted + ", got " + shape_text(a));
-  return Doubles::ensure(a);
+  Doubles doubles = Doubles::ensure(a);
+  for (py::ssize_t i = 0; finite && i < doubles.size(); ++i)
+    if (!std::isfinite(doubles.data()[i]))
+      fail(std::string(name) + ": value " + std::to_string(i) + " (flat index) is not finite");
+  return doubles;
 }
 
 Doubles to_samples(py::handle value, char const* name) {
-  Doubles samples = to_doubles(value, name, {-1, 2});
+  Doubles samples = to_doubles(value, name, {-1, 2}, false);
   if (static_cast<std::uint64_t>(samples.shape(0)) > 0xFFFFFFFFu)
     fail(std::string(name) + ": more than 2^32 - 1 samples");
   check_unit_square(samples, name);

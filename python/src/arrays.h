@@ -40,9 +40,11 @@ std::string shape_text(py::array const& a);
 
 // `value` as a C-ordered float64 array of the given shape; -1 in `shape`
 // accepts any length on that axis. Integer and floating dtypes convert
-// (exactly, for float32 and integers below 2^53); anything else, or another
-// shape, raises ValueError naming `name`.
-Doubles to_doubles(py::handle value, char const* name, std::initializer_list<py::ssize_t> shape);
+// (exactly, for float32 and integers below 2^53); anything else, another
+// shape or, unless `finite` is false (for callers that check a range
+// instead), a NaN or an infinity raises ValueError naming `name`.
+Doubles to_doubles(py::handle value, char const* name, std::initializer_list<py::ssize_t> shape,
+                   bool finite = true);
 
 // An (N, 2) array of samples in the unit square [0,1]^2 (NaN is outside).
 Doubles to_samples(py::handle value, char const* name = "samples");

@@ -158,7 +158,7 @@ Rays get_rays(G const& g, py::handle samples_value, bool with_weights) {
 
 template <typename G>
 Frusta get_frusta(G const& g, py::handle boxes_value) {
-  Doubles const boxes = to_doubles(boxes_value, "boxes", {-1, 2, 2});
+  Doubles const boxes = to_doubles(boxes_value, "boxes", {-1, 2, 2}, false);
   check_unit_square(boxes, "boxes");
   py::ssize_t const count = boxes.shape(0);
   GMathVec2<double> const* corners = as_records<GMathVec2<double>>(boxes);

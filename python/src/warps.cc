@@ -108,7 +108,7 @@ py::object warp(py::handle uv, double const& radius_scale, bool frame) {
 // (N, 3) unit directions (|d.d - 1| <= 1e-6, as the library requires of
 // them) or, for the disk, (N, 3) points of the unit disk (z not read).
 Doubles to_directions(py::handle value, bool disk) {
-  Doubles const directions = to_doubles(value, disk ? "points" : "directions", {-1, 3});
+  Doubles const directions = to_doubles(value, disk ? "points" : "directions", {-1, 3}, false);
   Vec3 const* d = as_records<Vec3>(directions);
   for (py::ssize_t i = 0; i < directions.shape(0); ++i) {
     double const z = disk ? 0.0 : d[i].z;
@@ -146,7 +146,7 @@ py::array_t<double> disk_concentric_inverse(py::handle points) {
 // (N, 2) polar (radius in [0, 1], angle in [-pi, 2pi), the library's pi)
 // back to samples.
 py::array_t<double> to_unit_disk_inverse(py::handle polar) {
-  Doubles const in = to_doubles(polar, "polar", {-1, 2});
+  Doubles const in = to_doubles(polar, "polar", {-1, 2}, false);
   Vec2 const* p = as_records<Vec2>(in);
   for (py::ssize_t i = 0; i < in.shape(0); ++i)
     if (!(p[i].x >= 0.0 && p[i].x <= 1.0 && p[i].y >= -k_sampling_pi && p[i].y < k_sampling_two_pi))

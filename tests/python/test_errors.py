@@ -62,6 +62,7 @@ CASES = [
     (lambda: R.UniformSphereRayGenerator().get_rays(GOOD), "needs init"),
     (lambda: LINE().get_rays([[0.2, 0.5], [0.5, 0.5]]), "sample 1: the ray origin lies on"),
     (lambda: DISK().get_rays([[0.5, 0.5]]), "ray origin lies on the shape"),
+    (lambda: R.UniformSphereRayGenerator().init(centre=(0, np.inf, 0)), "centre: value 1"),
     (lambda: R.PlaneRayGenerator().init(ray_origin=(0, 0, 1), frame=np.eye(3)),
      r"frame: expected shape \(3, 4\), got \(3, 3\)"),
     (lambda: LINE().get_frusta([[[0.5, 0.5], [0.2, 1.0]]]), "corner0 above corner1"),
@@ -69,6 +70,7 @@ CASES = [
     # surface
     (lambda: surface.Mesh([[0, 0, 0]], triangles=[[0, 0, 1]]), r"values must lie in \[0, 1\)"),
     (lambda: surface.Mesh(np.zeros((3, 2))), r"vertices: expected shape \(N, 3\)"),
+    (lambda: surface.Mesh([[0, 0, 0], [1, np.nan, 0]]), r"vertices: value 4 \(flat index\) is not"),
     (lambda: surface.Mesh(np.zeros((3, 3)), triangles=[[0, 1, 2]], triangle_groups=[0, 1]),
      "one group per face"),
     (lambda: surface.random_noise(QUAD), "either count or density"),
