@@ -106,8 +106,12 @@ void check_samples(Disk const& g, GMathVec2<double> const* s, py::ssize_t n) {
   check_off_shape(g, s, n);
 }
 
+// Both entries work on a copy of the record taken under the interpreter's
+// lock, so that another Python thread may run init on the generator while
+// the rays of the copy are computed without the lock.
 template <typename G>
-Rays get_rays(G const& g, py::handle samples_value, bool with_weights) {
+Rays get_rays(G const& generator, py::handle samples_value, bool with_weights) {
+  G const g = generator;
   Doubles const samples = to_samples(samples_value);
   py::ssize_t const count = samples.shape(0);
   GMathVec2<double> const* in = as_records<GMathVec2<double>>(samples);
@@ -157,7 +161,8 @@ Rays get_rays(G const& g, py::handle samples_value, bool with_weights) {
 }
 
 template <typename G>
-Frusta get_frusta(G const& g, py::handle boxes_value) {
+Frusta get_frusta(G const& generator, py::handle boxes_value) {
+  G const g = generator;
   Doubles const boxes = to_doubles(boxes_value, "boxes", {-1, 2, 2}, false);
   check_unit_square(boxes, "boxes");
   py::ssize_t const count = boxes.shape(0);

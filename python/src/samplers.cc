@@ -3,6 +3,10 @@
 // its box, and the boxes of all packets as a (P, 2, 2) array. init methods
 // take keywords and return the sampler, so a pattern is one expression:
 //   sampling.HaltonSampler2d().init(count_x=16, count_y=16).get_all_samples()
+//
+// Their queries keep the interpreter's lock: a sampler serves one thread at
+// a time (the stratified one advances its generator), and the lock is what
+// keeps two Python threads apart on one.
 
 #include <string>
 
@@ -39,7 +43,6 @@ py::array_t<double> get_sample(Sampler2d& s, py::handle index_value) {
 py::array_t<double> get_all_samples(Sampler2d& s) {
   py::array_t<double> out = new_doubles({s.get_sample_count(), 2});
   GMathVec2<double>* p = as_records<GMathVec2<double>>(out);
-  py::gil_scoped_release release;
   s.get_all_samples(p);
   return out;
 }
@@ -57,13 +60,9 @@ py::tuple get_packet_samples(Sampler2d& s, py::handle packet_value) {
   py::array_t<double> samples = new_doubles({packet_room(s), 2});
   py::array_t<double> corner0 = new_doubles({2});
   py::array_t<double> corner1 = new_doubles({2});
-  unsigned int n;
-  {
-    py::gil_scoped_release release;
-    n = s.get_packet_samples(packet, as_records<GMathVec2<double>>(samples),
-                             *as_records<GMathVec2<double>>(corner0),
-                             *as_records<GMathVec2<double>>(corner1));
-  }
+  unsigned int const n = s.get_packet_samples(packet, as_records<GMathVec2<double>>(samples),
+                                              *as_records<GMathVec2<double>>(corner0),
+                                              *as_records<GMathVec2<double>>(corner1));
   samples.resize({py::ssize_t(n), py::ssize_t(2)});
   return py::make_tuple(samples, corner0, corner1);
 }
@@ -73,7 +72,6 @@ py::array_t<double> packet_boxes(Sampler2d& s) {
   py::array_t<double> boxes = new_doubles({count, 2, 2});
   GMathVec2<double>* b = as_records<GMathVec2<double>>(boxes);
   std::vector<GMathVec2<double>> scratch(packet_room(s));
-  py::gil_scoped_release release;
   for (unsigned int p = 0; p < count; ++p)
     s.get_packet_samples(p, scratch.data(), b[2 * p], b[2 * p + 1]);
   return boxes;
