@@ -11,6 +11,7 @@
 #include "python/src/arrays.h"
 #include "python/src/module.h"
 #include "sampling/sampling.h"
+#include "sampling/warps.h"
 
 namespace sampling_python {
 namespace {
@@ -143,15 +144,16 @@ py::array_t<double> disk_concentric_inverse(py::handle points) {
   });
 }
 
-// (N, 2) polar (radius in [0, 1], angle in [-pi, 2pi), the library's pi)
-// back to samples.
+// (N, 2) polar (radius in [0, 1], angle in [-pi, 2pi), pi to double
+// precision: atan2's range, a full turn from 0 and the map's own) back to
+// samples.
 py::array_t<double> to_unit_disk_inverse(py::handle polar) {
+  double const turn = sampling::warps::detail::k_full_turn;
   Doubles const in = to_doubles(polar, "polar", {-1, 2}, false);
   Vec2 const* p = as_records<Vec2>(in);
   for (py::ssize_t i = 0; i < in.shape(0); ++i)
-    if (!(p[i].x >= 0.0 && p[i].x <= 1.0 && p[i].y >= -k_sampling_pi && p[i].y < k_sampling_two_pi))
-      fail("polar: pair " + std::to_string(i) +
-           " is outside radius [0, 1], angle [-pi, 2pi) (pi = 3.141592653589)");
+    if (!(p[i].x >= 0.0 && p[i].x <= 1.0 && p[i].y >= -0.5 * turn && p[i].y < turn))
+      fail("polar: pair " + std::to_string(i) + " is outside radius [0, 1], angle [-pi, 2pi)");
   return map_records<Vec2, Vec2>(
       in, 2, [](Vec2 const& p, Vec2& uv) { Sampling::to_unit_disk_inverse(p.x, p.y, uv.x, uv.y); });
 }

@@ -26,7 +26,7 @@ CASES = [
     (lambda: warps.hemisphere_uniform(GOOD, radius_scale=1.5), "radius_scale = 1.5"),
     (lambda: warps.sphere_uniform_pdf([[0, 0, 1], [0, 0, 2]]), "direction 1 is not of unit"),
     (lambda: warps.hemisphere_cosine_inverse([[0, 0, 1]], radius_scale=-0.1), "radius_scale"),
-    (lambda: warps.to_unit_disk_inverse([[0.5, 7.0]]), r"angle \[-pi, 2pi\)"),
+    (lambda: warps.to_unit_disk_inverse([[0.5, 2 * np.pi]]), r"angle \[-pi, 2pi\)"),
     (lambda: warps.disk_concentric_inverse([[1, 1, 0]]), "outside the unit disk"),
     (lambda: warps.shuffle_index([1.5], 4), "array of integers"),
     (lambda: warps.shuffle_index([-1], 4), r"\[0, 2\^32 - 1\]"),
@@ -92,6 +92,9 @@ def test_in_contract_edges_are_accepted():
     line = LINE()
     line.discard_clipped_samples((1, 0, 0))
     assert len(line.get_rays([[0.5, 0.5], [1.0, 0.5]])) == 1
+    # The disk inverse takes atan2's whole range and a turn from 0.
+    assert warps.to_unit_disk_inverse([[0.5, -np.pi], [0.5, np.nextafter(2 * np.pi, 0)]]).shape \
+        == (2, 2)
     # Empty arrays and empty patterns are fine.
     assert warps.sphere_uniform(np.zeros((0, 2))).shape == (0, 3)
     assert S.HammersleySampler2d().init(count_x=0).get_all_samples().shape == (0, 2)
