@@ -63,6 +63,21 @@ void check_unit_square(Doubles const& samples, char const* name) {
   }
 }
 
+// (N, 3) unit directions (|d.d - 1| <= 1e-6, as the library requires of
+// them) or, for the disk, (N, 3) points of the unit disk (z not read).
+Doubles to_directions(py::handle value, bool disk) {
+  Doubles const directions = to_doubles(value, disk ? "points" : "directions", {-1, 3}, false);
+  GMathVec3<double> const* d = as_records<GMathVec3<double>>(directions);
+  for (py::ssize_t i = 0; i < directions.shape(0); ++i) {
+    double const z = disk ? 0.0 : d[i].z;
+    double const l = d[i].x * d[i].x + d[i].y * d[i].y + z * z;
+    if (disk ? !(l <= 1.0 + 1e-6) : !(std::fabs(l - 1.0) <= 1e-6))
+      fail((disk ? "points: point " : "directions: direction ") + std::to_string(i) +
+           (disk ? " lies outside the unit disk" : " is not of unit length (|d.d - 1| > 1e-6)"));
+  }
+  return directions;
+}
+
 GMathVec3<double> to_vec3(py::handle value, char const* name) {
   Doubles a = to_doubles(value, name, {3});
   return GMathVec3<double>(a.at(0), a.at(1), a.at(2));

@@ -51,6 +51,10 @@ Doubles to_samples(py::handle value, char const* name = "samples");
 // Raises ValueError unless every value of the pairs lies in [0, 1].
 void check_unit_square(Doubles const& samples, char const* name);
 
+// (N, 3) unit directions (|d.d - 1| <= 1e-6, as the library requires of
+// them) or, with `disk`, (N, 3) points of the unit disk (z not read).
+Doubles to_directions(py::handle value, bool disk = false);
+
 // A length-3 vector.
 GMathVec3<double> to_vec3(py::handle value, char const* name);
 // A 4x4 or 3x4 row-major matrix (a 3x4 one gets the row 0 0 0 1).
@@ -76,6 +80,20 @@ T* as_records(py::array_t<double>& a) {
 template <typename T>
 T const* as_records(Doubles const& a) {
   return reinterpret_cast<T const*>(a.data());
+}
+
+// f(in[i], out[i]) over the records of `in` into a new (N, columns) array
+// ((N,) for one column), with the interpreter released.
+template <typename In, typename Out, typename F>
+py::array_t<double> map_records(Doubles const& in, py::ssize_t columns, F const& f) {
+  py::ssize_t const n = in.shape(0);
+  py::array_t<double> out = columns == 1 ? new_doubles({n}) : new_doubles({n, columns});
+  In const* a = as_records<In>(in);
+  Out* b = as_records<Out>(out);
+  py::gil_scoped_release release;
+  for (py::ssize_t i = 0; i < n; ++i)
+    f(a[i], b[i]);
+  return out;
 }
 
 }  // namespace sampling_python

@@ -19,20 +19,6 @@ namespace {
 using Vec3 = GMathVec3<double>;
 using Vec2 = GMathVec2<double>;
 
-// f(in[i], out[i]) over the records of `in` into a new (N, columns) array
-// ((N,) for one column), with the interpreter released.
-template <typename In, typename Out, typename F>
-py::array_t<double> map_records(Doubles const& in, py::ssize_t columns, F const& f) {
-  py::ssize_t const n = in.shape(0);
-  py::array_t<double> out = columns == 1 ? new_doubles({n}) : new_doubles({n, columns});
-  In const* a = as_records<In>(in);
-  Out* b = as_records<Out>(out);
-  py::gil_scoped_release release;
-  for (py::ssize_t i = 0; i < n; ++i)
-    f(a[i], b[i]);
-  return out;
-}
-
 // Every direction warp in two shapes (direction only, and direction with its
 // tangent and bitangent), its density and its inverse. Those without a
 // radius scale ignore it.
@@ -104,21 +90,6 @@ py::object warp(py::handle uv, double const& radius_scale, bool frame) {
       W::framed(in[i].x, in[i].y, dp[i], tp[i], bp[i], radius_scale);
   }
   return py::make_tuple(d, t, b);
-}
-
-// (N, 3) unit directions (|d.d - 1| <= 1e-6, as the library requires of
-// them) or, for the disk, (N, 3) points of the unit disk (z not read).
-Doubles to_directions(py::handle value, bool disk) {
-  Doubles const directions = to_doubles(value, disk ? "points" : "directions", {-1, 3}, false);
-  Vec3 const* d = as_records<Vec3>(directions);
-  for (py::ssize_t i = 0; i < directions.shape(0); ++i) {
-    double const z = disk ? 0.0 : d[i].z;
-    double const l = d[i].x * d[i].x + d[i].y * d[i].y + z * z;
-    if (disk ? !(l <= 1.0 + 1e-6) : !(std::fabs(l - 1.0) <= 1e-6))
-      fail((disk ? "points: point " : "directions: direction ") + std::to_string(i) +
-           (disk ? " lies outside the unit disk" : " is not of unit length (|d.d - 1| > 1e-6)"));
-  }
-  return directions;
 }
 
 // Densities (N,) of the warp at unit directions.
