@@ -94,6 +94,21 @@ SAMPLING_HEMISPHERE_WARP(hemisphere_uniform_concentric)
 SAMPLING_HEMISPHERE_WARP(hemisphere_cosine)
 SAMPLING_HEMISPHERE_WARP(hemisphere_cosine_concentric)
 
+// The two sphere warps' density and inverse, checked and handed to their
+// inline bodies.
+#define SAMPLING_SPHERE_DENSITY(name)                                                       \
+  double Sampling::name##_pdf(GMathVec3<double> const& direction) {                         \
+    SAMPLING_CHECK_UNIT_DIRECTION("Sampling::" #name "_pdf");                               \
+    return warps::name##_pdf(direction);                                                    \
+  }                                                                                         \
+  void Sampling::name##_inverse(GMathVec3<double> const& direction, double& u, double& v) { \
+    SAMPLING_CHECK_UNIT_DIRECTION("Sampling::" #name "_inverse");                           \
+    warps::name##_inverse(direction, u, v);                                                 \
+  }
+
+SAMPLING_SPHERE_DENSITY(sphere_uniform)
+SAMPLING_SPHERE_DENSITY(sphere_cosine)
+
 void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction) {
   warps::sphere_uniform(u, v, direction);
 }
@@ -101,16 +116,6 @@ void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double
 void Sampling::sphere_uniform(double const& u, double const& v, GMathVec3<double>& direction,
                               GMathVec3<double>& tangent, GMathVec3<double>& bitangent) {
   warps::sphere_uniform(u, v, direction, tangent, bitangent);
-}
-
-double Sampling::sphere_uniform_pdf(GMathVec3<double> const& direction) {
-  SAMPLING_CHECK_UNIT_DIRECTION("Sampling::sphere_uniform_pdf");
-  return warps::sphere_uniform_pdf(direction);
-}
-
-void Sampling::sphere_uniform_inverse(GMathVec3<double> const& direction, double& u, double& v) {
-  SAMPLING_CHECK_UNIT_DIRECTION("Sampling::sphere_uniform_inverse");
-  warps::sphere_uniform_inverse(direction, u, v);
 }
 
 void Sampling::sphere_cosine(double const& u, double const& v, GMathVec3<double>& direction) {
@@ -122,16 +127,6 @@ void Sampling::sphere_cosine(double const& u, double const& v, GMathVec3<double>
                              GMathVec3<double>& tangent, GMathVec3<double>& bitangent) {
   SAMPLING_CHECK_WARP_SAMPLE("Sampling::sphere_cosine");
   warps::sphere_cosine(u, v, direction, tangent, bitangent);
-}
-
-double Sampling::sphere_cosine_pdf(GMathVec3<double> const& direction) {
-  SAMPLING_CHECK_UNIT_DIRECTION("Sampling::sphere_cosine_pdf");
-  return warps::sphere_cosine_pdf(direction);
-}
-
-void Sampling::sphere_cosine_inverse(GMathVec3<double> const& direction, double& u, double& v) {
-  SAMPLING_CHECK_UNIT_DIRECTION("Sampling::sphere_cosine_inverse");
-  warps::sphere_cosine_inverse(direction, u, v);
 }
 
 // The body lives in shuffle_index.h, inline, for the sample loops.
