@@ -12,11 +12,15 @@ install(TARGETS sampling sampling_platform EXPORT samplingTargets
 
 # Headers: everything a public header can reach. Internal headers (inline
 # helpers and the routines behind the entry points) stay in the source tree.
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/sampling/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sampling
-  FILES_MATCHING PATTERN "*.h"
-  REGEX "${SAMPLING_INTERNAL_HEADERS}" EXCLUDE)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/platform
-  FILES_MATCHING PATTERN "*.h")
+# Installed file by file, so a folder that holds only internal headers is not
+# created.
+file(GLOB_RECURSE SAMPLING_PUBLIC_HEADERS RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/sampling/*.h ${PROJECT_SOURCE_DIR}/platform/*.h)
+list(FILTER SAMPLING_PUBLIC_HEADERS EXCLUDE REGEX "${SAMPLING_INTERNAL_HEADERS}")
+foreach(header ${SAMPLING_PUBLIC_HEADERS})
+  get_filename_component(folder ${header} DIRECTORY)
+  install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})
+endforeach()
 
 install(EXPORT samplingTargets NAMESPACE sampling::
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/sampling)
@@ -24,7 +28,7 @@ configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/samplingConfig.cmake.i
   ${PROJECT_BINARY_DIR}/samplingConfig.cmake
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/sampling)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/samplingConfigVersion.cmake
-  COMPATIBILITY SameMajorVersion)
+  COMPATIBILITY ${SAMPLING_PACKAGE_COMPATIBILITY})
 install(FILES ${PROJECT_BINARY_DIR}/samplingConfig.cmake
               ${PROJECT_BINARY_DIR}/samplingConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/sampling)

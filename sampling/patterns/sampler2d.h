@@ -54,11 +54,11 @@ class SAMPLING_API Sampler2d {
     m_packet_count = packet_count;
   }
 
-  void set_callbacks(GetSampleCallback get_sample, GetAllSamplesCallback get_all_samples,
-                     GetPacketSamplesCallback get_packet_samples) {
-    m_get_sample_callback = get_sample;
-    m_get_all_samples_callback = get_all_samples;
-    m_get_packet_samples_callback = get_packet_samples;
+  void set_callbacks(GetSampleCallback sample_callback, GetAllSamplesCallback all_samples_callback,
+                     GetPacketSamplesCallback packet_samples_callback) {
+    m_get_sample_callback = sample_callback;
+    m_get_all_samples_callback = all_samples_callback;
+    m_get_packet_samples_callback = packet_samples_callback;
   }
 
   // Stores callbacks written against the concrete record type S. Each is

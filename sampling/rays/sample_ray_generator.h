@@ -66,8 +66,8 @@ class SAMPLING_API SampleRayGenerator {
   SampleRayGenerator() {}
   SampleRayGenerator(SampleRayGenerator const& other) = default;
 
-  SAMPLING_LOCAL void set_callbacks(GetRayCallback get_ray, GetRaysCallback get_rays,
-                                    GetFrustumCallback get_frustum);
+  SAMPLING_LOCAL void set_callbacks(GetRayCallback ray_callback, GetRaysCallback rays_callback,
+                                    GetFrustumCallback frustum_callback);
 
   // Stores callbacks written against the concrete record type G. Each is
   // reached through a small thunk that restores the concrete type with a

@@ -2,12 +2,42 @@
 // results that do not depend on rounding.
 #include <cmath>
 #include <cstdio>
+#include <string>
+#if __cplusplus >= 202002L
+#include <span>
+#endif
 
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
+#include "sampling/version.h"
 #include "sampling/warps.h"
 
+#define SAMPLING_STRING(x) #x
+#define SAMPLING_VERSION_STRING(a, b, c) \
+  SAMPLING_STRING(a) "." SAMPLING_STRING(b) "." SAMPLING_STRING(c)
+
+// The version header, the loaded library and the package (SAMPLING_PACKAGE_VERSION, from
+// find_package or pkg-config) agree.
+static bool version_agrees() {
+  unsigned int major_version = 0, minor_version = 0, patch_version = 0;
+  SamplingVersion::get_version(major_version, minor_version, patch_version);
+  std::string const header = SAMPLING_VERSION_STRING(SAMPLING_VERSION_MAJOR, SAMPLING_VERSION_MINOR,
+                                                     SAMPLING_VERSION_PATCH);
+  std::string const loaded = std::to_string(major_version) + "." + std::to_string(minor_version) +
+                             "." + std::to_string(patch_version);
+  if (header != loaded || header != SAMPLING_PACKAGE_VERSION ||
+      SamplingVersion::get_version() != SAMPLING_VERSION) {
+    std::fprintf(stderr, "versions differ: header %s, library %s (%u), package %s\n",
+                 header.c_str(), loaded.c_str(), SamplingVersion::get_version(),
+                 SAMPLING_PACKAGE_VERSION);
+    return false;
+  }
+  return true;
+}
+
 int main() {
+  if (!version_agrees())
+    return 1;
   HammersleySampler2d sampler;
   sampler.init(0, 4, 4);
   GMathVec2<double> samples[16];
@@ -38,6 +68,11 @@ int main() {
     std::fprintf(stderr, "inline warp, density or inverse off: (%g, %g), pdf %g\n", u, v, pdf);
     return 1;
   }
+#if __cplusplus >= 202002L
+  std::span<GMathVec2<double> const> const view(samples);
+  std::printf("consumer ok (C++20, %zu samples)\n", view.size());
+#else
   std::printf("consumer ok\n");
+#endif
   return 0;
 }
