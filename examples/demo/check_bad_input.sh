@@ -16,6 +16,12 @@ printf 'v 0 0 0\nv 1 0 0\nf 1 2 3\n' >"$work/missing_vertex.obj"
 printf 'v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 -7\n' >"$work/negative_index.obj"
 printf 'v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 0\n' >"$work/zero_index.obj"
 printf 'v 1e999 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n' >"$work/infinite.obj"
+printf 'v nan 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n' >"$work/nan.obj"
+printf 'v inf 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n' >"$work/inf_word.obj"
+# One polygon of 200,000 corners on a circle (refused at once, not triangulated for a minute).
+awk 'BEGIN { n = 200000; for (i = 0; i < n; ++i) printf "v %.9f %.9f 0\n", cos(6.283185307 * i / n), sin(6.283185307 * i / n);
+             printf "f"; for (i = 1; i <= n; ++i) printf " %d", i; printf "\n" }' >"$work/huge_polygon.obj"
+mkdir -p "$work/blocked/index.html"
 printf 'this is not\na mesh\n' >"$work/text.obj"
 head -c 4096 /dev/urandom >"$work/binary.obj"
 printf 'v 0 0 0\nv 0 0 0\nv 0 0 0\nf 1 2 3\n' >"$work/collapsed.obj"
@@ -41,6 +47,9 @@ expect_failure "face with a missing vertex" --obj "$work/missing_vertex.obj"
 expect_failure "negative face index out of range" --obj "$work/negative_index.obj"
 expect_failure "zero face index" --obj "$work/zero_index.obj"
 expect_failure "infinite coordinate" --obj "$work/infinite.obj"
+expect_failure "nan coordinate" --obj "$work/nan.obj"
+expect_failure "inf coordinate" --obj "$work/inf_word.obj"
+expect_failure "200,000-corner polygon" --obj "$work/huge_polygon.obj"
 expect_failure "text that is not an OBJ" --obj "$work/text.obj"
 expect_failure "binary file" --obj "$work/binary.obj"
 expect_failure "mesh collapsed to a point" --obj "$work/collapsed.obj"
@@ -54,6 +63,12 @@ expect_failure "--spp 99999999999" --spp 99999999999
 expect_failure "--spp without a value" --spp
 expect_failure "unknown option" --frobnicate
 expect_failure "unwritable output folder" --out /proc/sampling_demo/out
+expect_failure "output folder that is a file" --out /dev/null
+expect_failure "output name taken by a folder" --out "$work/blocked"
+if [[ $(find "$work/blocked" -type f | wc -l) -ne 0 ]]; then
+  echo "FAIL a refused output folder received files"
+  failures=$((failures + 1))
+fi
 
 # And the good path through the same reader: a small valid mesh renders.
 printf 'v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 0.5 0.5 1\nf 1 2 5\nf 2 3 5\nf 3 4 5\nf 4 1 5\n' \

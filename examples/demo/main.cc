@@ -4,7 +4,9 @@
 //
 //   sampling_demo [--out DIR] [--obj FILE] [--spp N] [--size WxH]
 
+#include <dirent.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -126,6 +128,47 @@ bool make_folder(std::string const& path) {
   return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+// Makes the output folder and checks, before anything is rendered, that every
+// output can be written into it: the folder is writable and no entry in it
+// that a run writes (*.png, *.svg, *.csv, *.html) is a folder. A failing run
+// then writes nothing.
+bool prepare_output_folder(std::string const& path, std::string& error) {
+  struct stat info;
+  if (stat(path.c_str(), &info) == 0 && !S_ISDIR(info.st_mode)) {
+    error = "'" + path + "' is not a folder";
+    return false;
+  }
+  if (!make_folder(path)) {
+    error = "cannot create folder '" + path + "': " + std::strerror(errno);
+    return false;
+  }
+  if (access(path.c_str(), W_OK | X_OK) != 0) {
+    error = "cannot write into folder '" + path + "': " + std::strerror(errno);
+    return false;
+  }
+  DIR* folder = opendir(path.c_str());
+  if (!folder) {
+    error = "cannot read folder '" + path + "': " + std::strerror(errno);
+    return false;
+  }
+  std::string blocked;
+  for (dirent* entry = readdir(folder); entry; entry = readdir(folder)) {
+    std::string const name = entry->d_name;
+    std::size_t const dot = name.rfind('.');
+    std::string const suffix = dot == std::string::npos ? "" : name.substr(dot);
+    if (suffix != ".png" && suffix != ".svg" && suffix != ".csv" && suffix != ".html")
+      continue;
+    if (stat((path + "/" + name).c_str(), &info) == 0 && S_ISDIR(info.st_mode))
+      blocked += (blocked.empty() ? "" : ", ") + name;
+  }
+  closedir(folder);
+  if (!blocked.empty()) {
+    error = "cannot write the output into '" + path + "': these are folders: " + blocked;
+    return false;
+  }
+  return true;
+}
+
 // The scene to render and the occlusion distance that suits its size.
 bool make_scene(Options const& options, Scene& scene, double& max_distance, std::string& error) {
   if (options.obj.empty()) {
@@ -225,9 +268,8 @@ int run_demo(Options const& options, char const* program) {
     std::fprintf(stderr, "%s: %s\n", program, error.c_str());
     return 1;
   }
-  if (!make_folder(options.out_dir)) {
-    std::fprintf(stderr, "%s: cannot create folder '%s': %s\n", program, options.out_dir.c_str(),
-                 std::strerror(errno));
+  if (!prepare_output_folder(options.out_dir, error)) {
+    std::fprintf(stderr, "%s: %s\n", program, error.c_str());
     return 1;
   }
 

@@ -6,7 +6,10 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <sstream>
 
 namespace {
 
@@ -16,6 +19,47 @@ constexpr std::size_t k_max_triangles = std::size_t(1) << 25;
 // Coordinates beyond this leave no room in single precision for the ground
 // plane and the camera placed around the mesh.
 constexpr double k_max_coordinate = 1e15;
+
+// The reader keeps at most this many corners per face (it counts them in a
+// byte), and its triangulation of a face takes time quadratic in its corners:
+// larger polygons are refused, to be split before they reach the demo.
+constexpr std::size_t k_max_face_corners = 255;
+// Files larger than this take over a second to read: say so first.
+constexpr std::streamoff k_announced_file_size = std::streamoff(32) << 20;
+
+// One pass over the text for what the reader lets through silently: a vertex
+// coordinate that is not a finite number ("nan", "inf", a word), which it
+// reads as 0, and a face with more corners than it keeps.
+bool check_obj_text(std::string const& path, std::string& error) {
+  std::ifstream in(path);
+  std::string line;
+  for (std::size_t number = 1; std::getline(in, line); ++number) {
+    std::istringstream words(line);
+    std::string keyword, word;
+    words >> keyword;
+    std::string const where = "'" + path + "' line " + std::to_string(number) + ": ";
+    if (keyword == "v") {
+      for (int axis = 0; axis < 3 && words >> word; ++axis) {
+        char* end = nullptr;
+        double const value = std::strtod(word.c_str(), &end);
+        if (*end != '\0' || !std::isfinite(value)) {
+          error = where + "vertex coordinate '" + word + "' is not a finite number";
+          return false;
+        }
+      }
+    } else if (keyword == "f") {
+      std::size_t corners = 0;
+      while (words >> word)
+        ++corners;
+      if (corners > k_max_face_corners) {
+        error = where + "a face of " + std::to_string(corners) + " corners; faces of at most " +
+                std::to_string(k_max_face_corners) + " are read (split larger polygons)";
+        return false;
+      }
+    }
+  }
+  return true;
+}
 
 std::string shape_label(tinyobj::shape_t const& shape) {
   return shape.name.empty() ? std::string("a face") : "a face of '" + shape.name + "'";
@@ -40,6 +84,12 @@ bool load_obj(std::string const& path, Scene& scene, std::string& error) {
     return false;
   }
   std::fclose(file);
+  std::streamoff const size = std::ifstream(path, std::ios::ate | std::ios::binary).tellg();
+  if (size > k_announced_file_size)
+    std::printf("reading '%s' (%lld MB)...\n", path.c_str(), static_cast<long long>(size >> 20));
+  std::fflush(stdout);
+  if (!check_obj_text(path, error))
+    return false;
 
   tinyobj::ObjReaderConfig config;
   config.triangulate = true;
