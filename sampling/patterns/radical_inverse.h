@@ -40,17 +40,36 @@ inline double radical_inverse_2(unsigned int const& n) {
   return static_cast<double>(reverse_bits(n)) * 0x1p-32;
 }
 
+// The weights of the base-3 digits of a 32-bit integer (at most 21 of them,
+// 3^21 > 2^32): 1/3, then each the previous one times the double 1/3, the
+// products the digit loop would form one by one, rounded alike (constant
+// evaluation rounds each IEEE product to nearest as the processor does).
+struct Base3Weights {
+  double weight[21];
+};
+
+constexpr Base3Weights make_base3_weights() {
+  Base3Weights t{};
+  double w = k_one_third;
+  for (int k = 0; k < 21; ++k) {
+    t.weight[k] = w;
+    w = w * k_one_third;
+  }
+  return t;
+}
+
+inline constexpr Base3Weights k_base3_weights = make_base3_weights();
+
 // Base-3 radical inverse, digits from the least significant one up, the
-// weight shrinking by repeated multiplication with the double 1/3.
+// weight shrinking by repeated multiplication with the double 1/3 (read from
+// the table above: the same weights without their chain of products).
 inline double radical_inverse_3(unsigned int n) {
   double result = 0.0;
-  double w = k_one_third;
-  while (n != 0) {
+  for (unsigned int k = 0; n != 0; ++k) {
     unsigned int const d = n % 3u;
     unsigned int const q = n / 3u;
     if (d != 0)
-      result = static_cast<double>(d) * w + result;
-    w = w * k_one_third;
+      result = static_cast<double>(d) * k_base3_weights.weight[k] + result;
     n = q;
   }
   return result;
