@@ -127,6 +127,28 @@ struct AnisotropicLobe {
     return anisotropic_spread_tangent(std::pow(k_anisotropic_level_min, 1.0 / (n + 1.0)));
   }
 
+  // Density per unit solid angle with which compute_local_normal returns
+  // the unit local normal `local`, 0 below the tangent plane. The azimuth
+  // phi0 = 2pi' u is uniform; the anisotropic lobe maps it within each
+  // quarter through phi = atan(r tan phi0), r the stored single-precision
+  // ratio, so phi has density r / (r^2 cos^2 phi + sin^2 phi) / (2pi'); then
+  // cos theta = v^(1 / (n + 1)) with n = nu cos^2 phi + nv sin^2 phi has
+  // density (n + 1) cos^n theta. With the exact ratio this is
+  // sqrt((nu + 1)(nv + 1)) / (2pi') cos^n theta; equal exponents give r = 1
+  // exactly. The point v = 1 (the normal N itself) carries no density.
+  static double normal_pdf(G const& g, GMathVec3<double> const& local) {
+    if (!(local.z > 0.0))
+      return 0.0;
+    double const xy = local.x * local.x + local.y * local.y;
+    double const cos2 = xy > 0.0 ? local.x * local.x / xy : 1.0;
+    double const sin2 = xy > 0.0 ? local.y * local.y / xy : 0.0;
+    double const n =
+        static_cast<double>(g.m_exponent_u) * cos2 + static_cast<double>(g.m_exponent_v) * sin2;
+    double const r = static_cast<double>(g.m_exponent_ratio);
+    return (n + 1.0) * std::pow(local.z, n) * r / (r * r * cos2 + sin2) *
+           k_anisotropic_inverse_two_pi;
+  }
+
   // The local normal with its azimuth turned by half a turn about N.
   static void turn_half(GMathVec3<double>& local) {
     local.x = -local.x;

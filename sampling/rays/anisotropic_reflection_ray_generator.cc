@@ -135,3 +135,22 @@ void AnisotropicReflectionRayGenerator::get_frustum_callback(
     GMathFrustum& frustum) {
   frustum.m_plane_count = 0;
 }
+
+double AnisotropicReflectionRayGenerator::pdf(GMathVec3<double> const& direction) const {
+  GMathVec3<double> const& incoming = m_incoming_ray.m_direction;
+  GMathVec3<double> const half = ::safe_normalize(direction - incoming, k_ray_normalize_epsilon);
+  double const jacobian = 4.0 * std::fabs(dot(direction, half));
+  if (!(jacobian > 0.0))
+    return 0.0;
+  GMathVec3<double> local = global_to_local(half);
+  double ways = local.z > 0.0 && dot(direction, m_geometric_normal) > 0.0 ? 1.0 : 0.0;
+  if (!(local.z > 0.0))
+    local = -local;
+  GMathVec3<double> first = local;
+  Lobe::turn_half(first);
+  GMathVec3<double> const normal = local_to_global(first);
+  double const d = -dot(normal, incoming);
+  if (!(d > 0.0 && dot(mirror(incoming, normal, d), m_geometric_normal) > 0.0))
+    ways += 1.0;
+  return ways * Lobe::normal_pdf(*this, local) / jacobian;
+}

@@ -64,6 +64,21 @@ class SAMPLING_API AnisotropicReflectionRayGenerator : public SampleRayGenerator
   // local frame). No side test. H must not be -N (its spread is 0 / 0).
   void compute_ray(GMathVec3<double> const& normal, GMathRay& ray) const;
 
+  // Density per unit solid angle with which get_ray returns the unit world
+  // `direction` R for uniform samples of [0,1]^2. The normal density p(H)
+  // above (with the library's 2pi' and the stored single-precision exponent
+  // ratio) is carried to directions by the mirror's Jacobian: with the half
+  // vector H = (R - I) / |R - I|, dw(R) = 4 |R . H| dw(H). The retry adds a
+  // second way to reach R: for Hu, whichever of H and -H lies above the
+  // tangent plane,
+  //   pdf(R) = p(Hu) / (4 |R . H|) ([H = Hu and R . Ng > 0]
+  //                                 + [Hu turned half a turn fails]),
+  // the first term for samples kept at once, the second for retried ones
+  // (p is unchanged by the half turn). Directions below Ng can thus have a
+  // density, from retries. Expects an orthonormal shading frame (T, B, N)
+  // and a unit incoming direction; 0 where R = I.
+  double pdf(GMathVec3<double> const& direction) const;
+
   // 1 - spread_reduction_x and 1 - spread_reduction_y of the last init, and
   // the smaller of the two (single precision): the spread scaling a caller
   // applies to the rays' differentials, kept with the generator for it.

@@ -165,3 +165,23 @@ void AnisotropicRefractionRayGenerator::get_frustum_callback(
     GMathFrustum& frustum) {
   frustum.m_plane_count = 0;
 }
+
+double AnisotropicRefractionRayGenerator::pdf(GMathVec3<double> const& direction) const {
+  GMathVec3<double> const& incoming = m_incoming_ray.m_direction;
+  GMathVec3<double> const bend = incoming * m_eta - direction;
+  GMathVec3<double> half = ::safe_normalize(bend, k_ray_normalize_epsilon);
+  if (dot(half, incoming) > 0.0)
+    half = -half;
+  double const cosine = -dot(direction, half);
+  GMathVec3<double> const local = global_to_local(half);
+  if (!(cosine > 0.0) || !enters(-dot(half, incoming), direction, m_geometric_normal) ||
+      !(local.z > 0.0))
+    return 0.0;
+  GMathVec3<double> first = local;
+  Lobe::turn_half(first);
+  double c;
+  GMathVec3<double> transmitted;
+  refract(incoming, local_to_global(first), m_eta, c, transmitted);
+  double const ways = enters(c, transmitted, m_geometric_normal) ? 1.0 : 2.0;
+  return ways * Lobe::normal_pdf(*this, local) * cosine / dot(bend, bend);
+}

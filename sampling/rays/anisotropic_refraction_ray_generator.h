@@ -72,6 +72,23 @@ class SAMPLING_API AnisotropicRefractionRayGenerator : public SampleRayGenerator
   // not be -N (its spread is 0 / 0).
   bool compute_ray(GMathVec3<double> const& normal, GMathRay& ray) const;
 
+  // Density per unit solid angle with which get_ray returns the unit world
+  // `direction` T for uniform samples of [0,1]^2, counting only refracted
+  // rays proper. The normal density p(H) of the reflection generator is
+  // carried to directions by the refraction's Jacobian: the normal that
+  // refracts I into T is H = +-(eta I - T) / |eta I - T| (eta as stored, the
+  // incoming side's index over the transmitted side's), the sign making
+  // H . I < 0, and dw(H) = |T . H| / |eta I - T|^2 dw(T). T must be on the
+  // transmitted branch (T . H < 0) and leave by the far side of Ng. The
+  // retry adds a second way to reach T when the half turn of H fails first:
+  //   pdf(T) = p(H) |T . H| / |eta I - T|^2 (1 + [H turned half a turn fails]).
+  // Samples that give no ray make up the rest of the unit mass; so do kept
+  // total internal reflections (eta > 1 only): their directions eta (I + cH)
+  // are not unit vectors, and pdf does not cover them. eta = 1 sends every
+  // kept ray along I, which has no density: pdf returns 0 then. Expects an
+  // orthonormal shading frame (T, B, N) and a unit incoming direction.
+  double pdf(GMathVec3<double> const& direction) const;
+
   // 1 - spread_reduction_x and 1 - spread_reduction_y of the last init, and
   // the smaller of the two (single precision): the spread scaling a caller
   // applies to the rays' differentials, kept with the generator for it.

@@ -296,6 +296,16 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_project_callback(
   return count;
 }
 
+// The disk point of radius r sin h has density 1 / (pi' sin^2 h) per unit
+// area and is lifted straight up onto the sphere, where dA = cos(theta) dw.
+double CosineWeightedHemisphereRayGenerator::pdf(GMathVec3<double> const& direction) const {
+  double const s2 = m_sin[0] * m_sin[0];
+  double const c = dot(direction, m_middle_ray.m_direction);
+  if (!(s2 > 0.0) || !(c > 0.0) || 1.0 - c * c > s2)
+    return 0.0;
+  return c / (k_sampling_pi * s2);
+}
+
 // The box corners (umin, vmin), (umax, vmin), (umax, vmax), (umin, vmax) run
 // counter-clockwise through the concentric map; their cone directions c_k,
 // taken in that order, span four planes through the origin whose normals

@@ -79,6 +79,25 @@ class SAMPLING_API CosineWeightedHemisphereRayGenerator : public SampleRayGenera
   double const& get_angle_cos() const { return m_cos[0]; }
   double const& get_angle_sin() const { return m_sin[0]; }
 
+  // Density per unit solid angle with which get_ray returns the unit world
+  // `direction` for uniform samples of [0,1]^2, before clipping:
+  //   cos(theta) / (pi' sin^2 h) inside the cone (sin theta <= sin h and
+  //   cos theta > 0, theta the angle to D), 0 outside,
+  // pi' = 3.141592653589 being the library's pi, whose concentric map covers
+  // the disk of radius sin h with density 1 / (pi' sin^2 h) per unit area.
+  // An empty cone (angle 0) sends every ray along D: that is no density over
+  // solid angle, and pdf returns 0 for every direction.
+  //  - Discard mode: a surviving ray has this same density (the lobe's, not
+  //    renormalised over the survivors); the rays below the plane are
+  //    missing, so an estimator that counts a discarded sample as zero stays
+  //    unbiased with this pdf.
+  //  - Project mode: above the plane (direction . n > 0) the density is this
+  //    one unchanged; below it there are no rays (density 0); the mass of
+  //    the lobe below the plane lands on the plane itself, on the great
+  //    circle direction . n = 0, where it has no density over solid angle.
+  // pdf ignores the mode: it gives the unclipped lobe in every mode.
+  double pdf(GMathVec3<double> const& direction) const;
+
   CosineWeightedHemisphereRayGenerator& operator=(
       CosineWeightedHemisphereRayGenerator const& other) = default;
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "sampling/angles.h"
 #include "sampling/rays/shape_ray_family.h"
 #include "sampling/warps/concentric_map.h"
 
@@ -113,4 +114,16 @@ void DiskRayGenerator::get_frustum_callback(DiskRayGenerator const& g,
                                             GMathVec2<double> const& corner1,
                                             GMathFrustum& frustum) {
   Family::get_frustum(g, corner0, corner1, true, frustum);
+}
+
+// The concentric map has density 1 / pi' on the unit disk (its angles span
+// 2pi'); the radius and the frame scale areas by radius^2 |X x Y|.
+double DiskRayGenerator::pdf_area() const {
+  return 1.0 / (k_sampling_pi * m_radius * m_radius * Family::unit_square_area(*this));
+}
+
+double DiskRayGenerator::pdf(GMathVec3<double> const& direction) const {
+  double const r2 = m_radius * m_radius;
+  return Family::solid_angle_pdf(*this, direction, pdf_area(),
+                                 [&](double x, double y) { return x * x + y * y <= r2; });
 }

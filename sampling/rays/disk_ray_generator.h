@@ -67,6 +67,25 @@ class SAMPLING_API DiskRayGenerator : public SampleRayGenerator {
   void disable_clipping();
 
   // Copies the whole record, mode included.
+  // Density of the targets per unit world area of the disk:
+  // 1 / (pi' radius^2 |X x Y|), X and Y the frame's local x and y axes and
+  // pi' = 3.141592653589 the library's pi, over which the concentric map
+  // spreads its angles (so the map is uniform with exactly this density);
+  // 0 off the disk. A radius of 0 or a flattening frame leaves no area (the
+  // density is then infinite).
+  // Discard mode drops the rays whose target lies on the wrong side of the
+  // clip plane; the survivors keep this density (not renormalised over the
+  // survivors), the rest of the mass is missing.
+  double pdf_area() const;
+  // Density per unit solid angle with which get_ray returns the unit world
+  // `direction` for uniform samples of [0,1]^2, before clipping: where the
+  // ray from the ray origin along `direction` meets the disk, at distance t
+  // and with cosine c to its normal, pdf_area() t^2 / |c| (the area density
+  // carried over by dA = t^2 dw / |c|); 0 for a direction that misses the
+  // disk. Discard mode: the survivors keep this density, the rays towards
+  // targets behind the clip plane are missing.
+  double pdf(GMathVec3<double> const& direction) const;
+
   DiskRayGenerator& operator=(DiskRayGenerator const& other) = default;
 
  private:

@@ -106,3 +106,13 @@ void LineRayGenerator::get_frustum_callback(LineRayGenerator const& g,
                                             GMathFrustum& frustum) {
   Family::get_frustum(g, corner0, corner1, false, frustum);
 }
+
+// u - 0.5 is uniform on the local segment of length 1, which the frame
+// stretches to its world length.
+double LineRayGenerator::pdf_length() const {
+  return 1.0 / m_frame.transform_vector(GMathVec3<double>(1.0, 0.0, 0.0)).length();
+}
+
+double LineRayGenerator::pdf(GMathVec3<double> const&) const {
+  return 0.0;
+}

@@ -68,6 +68,21 @@ class SAMPLING_API LineRayGenerator : public SampleRayGenerator {
   void disable_clipping();
 
   // Copies the whole record, mode included.
+  // Density of the targets per unit world length of the segment: 1 / L, L
+  // the length of the frame's local x axis (the segment's world vector);
+  // the same at every point of the segment and 0 off it. The frame must not
+  // collapse the segment to a point (the density is then infinite).
+  // Discard mode drops the rays whose target lies on the wrong side of the
+  // clip plane; the survivors keep this density (not renormalised over the
+  // survivors), the rest of the mass is missing.
+  double pdf_length() const;
+  // The rays of a segment all lie in the plane through the ray origin and
+  // the segment: a set of zero solid angle, on which no density per unit
+  // solid angle exists. pdf returns 0 for every direction (a solid-angle
+  // strategy never samples those rays, and this generator never samples any
+  // other); weigh the line's rays with pdf_length.
+  double pdf(GMathVec3<double> const& direction) const;
+
   LineRayGenerator& operator=(LineRayGenerator const& other) = default;
 
  private:

@@ -1,5 +1,7 @@
 #include "sampling/rays/plane_ray_generator.h"
 
+#include <cmath>
+
 #include "sampling/rays/shape_ray_family.h"
 
 namespace {
@@ -98,4 +100,16 @@ void PlaneRayGenerator::get_frustum_callback(PlaneRayGenerator const& g,
                                              GMathVec2<double> const& corner1,
                                              GMathFrustum& frustum) {
   Family::get_frustum(g, corner0, corner1, false, frustum);
+}
+
+// (u - 0.5, v - 0.5) is uniform on the local unit square, which the frame
+// maps onto a parallelogram of area |X x Y|.
+double PlaneRayGenerator::pdf_area() const {
+  return 1.0 / Family::unit_square_area(*this);
+}
+
+double PlaneRayGenerator::pdf(GMathVec3<double> const& direction) const {
+  return Family::solid_angle_pdf(*this, direction, pdf_area(), [](double x, double y) {
+    return std::fabs(x) <= 0.5 && std::fabs(y) <= 0.5;
+  });
 }

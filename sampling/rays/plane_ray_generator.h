@@ -63,6 +63,23 @@ class SAMPLING_API PlaneRayGenerator : public SampleRayGenerator {
   void disable_clipping();
 
   // Copies the whole record, mode included.
+  // Density of the targets per unit world area of the rectangle: 1 / A, A
+  // = |X x Y| for the frame's local x and y axes X and Y (the rectangle's
+  // sides); the same at every point and 0 off the rectangle. The frame must
+  // not flatten the rectangle (the density is then infinite).
+  // Discard mode drops the rays whose target lies on the wrong side of the
+  // clip plane; the survivors keep this density (not renormalised over the
+  // survivors), the rest of the mass is missing.
+  double pdf_area() const;
+  // Density per unit solid angle with which get_ray returns the unit world
+  // `direction` for uniform samples of [0,1]^2, before clipping: where the
+  // ray from the ray origin along `direction` meets the rectangle, at
+  // distance t and with cosine c to its normal, pdf_area() t^2 / |c| (the
+  // area density carried over by dA = t^2 dw / |c|); 0 for a direction that
+  // misses the rectangle. Discard mode: the survivors keep this density, the
+  // rays towards targets behind the clip plane are missing.
+  double pdf(GMathVec3<double> const& direction) const;
+
   PlaneRayGenerator& operator=(PlaneRayGenerator const& other) = default;
 
  private:

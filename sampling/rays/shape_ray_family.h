@@ -173,6 +173,41 @@ struct ShapeRayFamily {
     return n;
   }
 
+  // World area of the local unit square: |X x Y| for the frame's local x and
+  // y axes.
+  static double unit_square_area(G const& g) {
+    return cross(g.m_frame.transform_vector(GMathVec3<double>(1.0, 0.0, 0.0)),
+                 g.m_frame.transform_vector(GMathVec3<double>(0.0, 1.0, 0.0)))
+        .length();
+  }
+
+  // The density per unit solid angle of the unit `direction` for a flat
+  // shape (plane or disk) whose targets have the density `area_pdf` per
+  // unit world area: the ray from m_ray_origin along `direction` meets the
+  // shape's plane at distance t and at the local point (x, y), and where
+  // covers(x, y) holds the density is area_pdf t^2 / |cos|, cos being the
+  // cosine between the direction and the shape's normal. 0 when the ray
+  // misses the shape, runs parallel to its plane or leaves it behind.
+  template <typename Covers>
+  static double solid_angle_pdf(G const& g, GMathVec3<double> const& direction,
+                                double const& area_pdf, Covers const& covers) {
+    GMathVec3<double> const side_x = g.m_frame.transform_vector(GMathVec3<double>(1.0, 0.0, 0.0));
+    GMathVec3<double> const side_y = g.m_frame.transform_vector(GMathVec3<double>(0.0, 1.0, 0.0));
+    GMathVec3<double> const centre = g.m_frame.transform_point(GMathVec3<double>(0.0, 0.0, 0.0));
+    GMathVec3<double> const normal = cross(side_x, side_y);
+    double const along = dot(direction, normal);
+    double const t = dot(centre - g.m_ray_origin, normal) / along;
+    if (!(t > 0.0) || !std::isfinite(t))
+      return 0.0;
+    // (x side_x + y side_y) crossed with side_y, or side_x crossed with it,
+    // is x or y times the normal.
+    GMathVec3<double> const offset = g.m_ray_origin + direction * t - centre;
+    double const nn = dot(normal, normal);
+    if (!covers(dot(cross(offset, side_y), normal) / nn, dot(cross(side_x, offset), normal) / nn))
+      return 0.0;
+    return area_pdf * t * t * std::sqrt(nn) / std::fabs(along);
+  }
+
   // Four oriented side planes through m_ray_origin spanned by the vectors
   // towards the world points of the box corners; `widen` tilts them outwards
   // for shapes whose box edges are curves.

@@ -121,3 +121,9 @@ void UniformSphereRayGenerator::get_frustum_callback(UniformSphereRayGenerator c
   }
   fill_shape_frustum(c, false, true, g.m_ray_origin, frustum);
 }
+
+// z = 1 - 2u is uniform on [-1, 1] (density 1/2) and the azimuth 2pi' v on
+// [0, 2pi') (density 1 / (2pi')); dz dphi is the solid angle.
+double UniformSphereRayGenerator::pdf(GMathVec3<double> const&) const {
+  return 1.0 / (2.0 * k_sampling_two_pi);
+}

@@ -41,6 +41,13 @@ class SAMPLING_API UniformSphereRayGenerator : public SampleRayGenerator {
   void init(GMathVec3<double> const& centre, double const& spread_reduction_x,
             double const& spread_reduction_y);
 
+  // Density per unit solid angle with which get_ray returns the unit world
+  // `direction` for uniform samples of [0,1]^2: 1 / (4 pi') with the
+  // library's pi' = 3.141592653589, the same for every direction (the sliver
+  // of azimuth between 2pi' and 2pi that the map never reaches has measure
+  // about 1.6e-12 and is ignored). There is no clipping to account for.
+  double pdf(GMathVec3<double> const& direction) const;
+
   // Copies the whole record.
   UniformSphereRayGenerator& operator=(UniformSphereRayGenerator const& other) = default;
 

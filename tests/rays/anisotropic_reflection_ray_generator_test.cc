@@ -8,7 +8,6 @@
 
 #include "sampling/angles.h"
 #include "tests/rays/anisotropic_test_support.h"
-#include "tests/support/chi_square.h"
 
 using namespace anisotropic_test;
 
@@ -123,43 +122,6 @@ TEST(AnisotropicLobe, WorkedHalfVectorsAndSpreads) {
     double const widest = std::sqrt(1.0 - high * high) / high;
     ASSERT_TRUE(n.spread >= narrowest * (1.0 - 1e-12) && n.spread <= widest * (1.0 + 1e-12))
         << v << " " << n.spread;
-  }
-}
-
-TEST(AnisotropicLobe, HalfVectorsFollowTheAnisotropicPhongDensity) {
-  struct Exponents {
-    float nu, nv;
-  } const cases[] = {{1.0f, 1.0f}, {20.0f, 20.0f}, {100.0f, 10.0f}, {2.0f, 40.0f}};
-  double const alpha = chi_square_alpha(4);
-  double const two_pi = 2.0 * 3.14159265358979323846;
-  ChiSquareDomain const domain{0.0, two_pi, 0.0, 1.0, 63, 51};
-  for (Exponents const& c : cases) {
-    AnisotropicReflectionRayGenerator g;
-    Shading s = flat_shading(c.nu, c.nv, GMathVec3<double>(0.0, 0.0, -1.0));
-    init(g, s);
-    std::mt19937_64 rng(1234);
-    std::uniform_real_distribution<double> unit_interval(0.0, 1.0);
-    auto const sample = [&](int, double& phi, double& z) {
-      double const u = unit_interval(rng);
-      double const v = unit_interval(rng);
-      GMathVec3<double> local;
-      double spread;
-      Lobe::compute_local_normal(g, GMathVec2<double>(u, v), local, spread);
-      phi = std::atan2(local.y, local.x);
-      if (phi < 0.0)
-        phi += two_pi;
-      z = local.z;
-      return std::fabs(local.length() - 1.0) <= 1e-12 && spread > 0.0 && std::isfinite(spread);
-    };
-    // Per unit solid angle, and d(solid angle) = dphi d(cos theta).
-    double const scale = std::sqrt((c.nu + 1.0) * (c.nv + 1.0)) / two_pi;
-    auto const density = [&](double phi, double z) {
-      double const cp = std::cos(phi);
-      double const sp = std::sin(phi);
-      return scale * std::pow(z, c.nu * cp * cp + c.nv * sp * sp);
-    };
-    ChiSquareResult const r = chi_square_test(domain, 1000000, sample, density, alpha);
-    EXPECT_TRUE(r.passed) << "nu " << c.nu << " nv " << c.nv << ": " << r.message;
   }
 }
 

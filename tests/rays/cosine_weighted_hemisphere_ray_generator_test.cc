@@ -8,7 +8,6 @@
 #include "sampling/ray_generators.h"
 #include "sampling/rays/ray_math.h"
 #include "sampling/sampling.h"
-#include "tests/support/chi_square.h"
 #include "tests/support/ray_bits.h"
 
 namespace {
@@ -262,44 +261,6 @@ TEST(CosineWeightedHemisphereRayGenerator, ProjectKeepsRaysAboveThePlaneAndFlatt
       ASSERT_TRUE(distance(w, expected) <= 1e-12) << "sample " << i;
     }
     EXPECT_GT(flattened, 0u) << angle;
-  }
-}
-
-// Directions are cosine-distributed within the cone: in the coordinates
-// (azimuth / 2pi, cos theta) the density is 2 cos theta / sin^2 h on
-// [0, 1] x [cos h, 1].
-TEST(CosineWeightedHemisphereRayGenerator, DirectionsAreCosineDistributedInTheCone) {
-  double const angles[] = {30.0, 90.0, 140.0, 180.0};
-  double const alpha = chi_square_alpha(4);
-  Vec3 const d = unit(Vec3(-0.4, 0.2, 0.6));
-  int const n = 400000;
-  for (double angle : angles) {
-    CosineWeightedHemisphereRayGenerator g;
-    g.init(incoming_ray(d, false), angle, 1.0, 1.0);
-    Vec3 const t1 = column(g, 0), t2 = column(g, 1);
-    double const c0 = g.get_angle_cos();
-    double const s0 = g.get_angle_sin();
-    std::mt19937_64 rng(1000 + static_cast<unsigned int>(angle));
-    std::uniform_real_distribution<double> uniform(0.0, 1.0);
-    std::vector<Vec2> samples(n);
-    for (Vec2& s : samples)
-      s = Vec2(uniform(rng), uniform(rng));
-    std::vector<GMathRay> rays(n);
-    ASSERT_EQ(g.get_rays(samples.data(), n, rays.data(), nullptr), static_cast<unsigned int>(n));
-    ChiSquareDomain const domain{0.0, 1.0, c0, 1.0, 51, 41};
-    ChiSquareResult const result = chi_square_test(
-        domain, n,
-        [&](int i, double& a, double& b) {
-          Vec3 const& w = rays[i].m_direction;
-          double phi = std::atan2(dot(w, t2), dot(w, t1));
-          if (phi < 0.0)
-            phi += 2.0 * M_PI;
-          a = phi / (2.0 * M_PI);
-          b = dot(w, d);
-          return std::fabs(w.length() - 1.0) <= 1e-12;
-        },
-        [&](double, double b) { return 2.0 * b / (s0 * s0); }, alpha);
-    EXPECT_TRUE(result.passed) << "angle " << angle << ": " << result.message;
   }
 }
 

@@ -9,7 +9,6 @@
 #include "sampling/ray_generators.h"
 #include "sampling/rays/ray_math.h"
 #include "shape_ray_test_support.h"
-#include "tests/support/chi_square.h"
 #include "tests/support/ray_bits.h"
 
 namespace {
@@ -97,29 +96,6 @@ TEST(UniformSphereRayGenerator, WorkedDirectionsAndSpreads) {
   flat.get_ray(GMathVec2<double>(0.5, 0.0), ray, nullptr);
   EXPECT_LT(ray.m_differential.m_rx_direction.y, 0.0);
   EXPECT_LT(ray.m_differential.m_ry_direction.z, 0.0);
-}
-
-TEST(UniformSphereRayGenerator, DirectionsUniformOverTheSphere) {
-  UniformSphereRayGenerator g;
-  g.init(GMathVec3<double>(4.0, 5.0, 6.0), 0.5, 0.5);
-  std::mt19937_64 rng(2024);
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
-  // Azimuth fraction and height: the sphere's area is uniform in both.
-  ChiSquareDomain const domain{0.0, 1.0, -1.0, 1.0, 51, 101};
-  ChiSquareResult const r = chi_square_test(
-      domain, 1000000,
-      [&](int, double& a, double& b) {
-        GMathRay ray;
-        g.get_ray(GMathVec2<double>(uniform(rng), uniform(rng)), ray, nullptr);
-        double phi = std::atan2(ray.m_direction.y, ray.m_direction.x);
-        if (phi < 0.0)
-          phi += 2.0 * k_pi;
-        a = phi / (2.0 * k_pi);
-        b = ray.m_direction.z;
-        return std::fabs(ray.m_direction.length() - 1.0) <= 1e-12;
-      },
-      [](double, double) { return 0.5; }, shape_chi_square_alpha());
-  EXPECT_TRUE(r.passed) << r.message;
 }
 
 // ---- Line, plane and disk -----------------------------------------------------
@@ -291,45 +267,6 @@ TEST(ShapeRayGenerators, ClipTestIsStrict) {
     copy = shapes.disk;
     GMathRay ray;
     EXPECT_FALSE(copy.get_ray(GMathVec2<double>(0.5 - std::ldexp(1.0, -40), 0.5), ray, nullptr));
-  }
-}
-
-namespace {
-
-// Local coordinates of the target of a random sample, found from the ray
-// and its distance.
-GMathVec3<double> random_target_local(SampleRayGenerator const& g,
-                                      GMathMatrix4x4<double> const& frame, std::mt19937_64& rng) {
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
-  GMathRay ray;
-  double distance;
-  g.get_ray(GMathVec2<double>(uniform(rng), uniform(rng)), ray, &distance);
-  return to_local(frame, ray.m_origin + ray.m_direction * distance);
-}
-
-}  // namespace
-
-// Targets uniform over the shape under a frame: the rectangle in its local
-// coordinates, the disk in angle fraction and squared radius.
-TEST(ShapeRayGenerators, PlaneAndDiskTargetsAreUniformUnderAFrame) {
-  GMathMatrix4x4<double> const frame = test_frame();
-  double const radius = 0.6;
-  PlacedShapes shapes;
-  shapes.init(GMathVec3<double>(-2.0, 1.0, 6.0), frame, radius, 0.5, 0.5);
-  std::mt19937_64 rng(77);
-  for (SampleRayGenerator const* g : {shapes.all[1], shapes.all[2]}) {
-    bool const disk = g == &shapes.disk;
-    ChiSquareResult const r = chi_square_test(
-        ChiSquareDomain{0.0, 1.0, 0.0, 1.0, 51, 51}, 1000000,
-        [&](int, double& a, double& b) {
-          GMathVec3<double> const local = random_target_local(*g, frame, rng);
-          GMathVec3<double> const q = local * (1.0 / radius);
-          a = disk ? std::atan2(q.y, q.x) / (2.0 * k_pi) + (q.y < 0.0 ? 1.0 : 0.0) : local.x + 0.5;
-          b = disk ? q.x * q.x + q.y * q.y : local.y + 0.5;
-          return std::fabs(local.z) <= 1e-9;
-        },
-        [](double, double) { return 1.0; }, shape_chi_square_alpha());
-    EXPECT_TRUE(r.passed) << shapes.name(g) << ": " << r.message;
   }
 }
 

@@ -5,7 +5,6 @@
 #include "platform/math/gmath_matrix4x4.h"
 #include "platform/math/gmath_vec3.h"
 #include "sampling/ray_generators.h"
-#include "tests/support/chi_square.h"
 
 // Fixtures shared by the shape generator tests.
 
@@ -72,8 +71,3 @@ struct PlacedShapes {
     return g == &line ? "line" : (g == &plane ? "plane" : "disk");
   }
 };
-
-// The level of each of the suite's three distribution tests.
-inline double shape_chi_square_alpha() {
-  return chi_square_alpha(3);
-}
