@@ -38,12 +38,12 @@ void DiskRayGenerator::init(GMathVec3<double> const& ray_origin,
 
 void DiskRayGenerator::discard_clipped_samples(GMathVec3<double> const& normal) {
   m_clip_normal = normal;
-  set_callbacks<DiskRayGenerator, &get_ray_discard_callback, &get_rays_discard_callback,
+  set_callbacks<DiskRayGenerator, &Family::get_ray_discard, &Family::get_rays_discard,
                 &get_frustum_callback>();
 }
 
 void DiskRayGenerator::disable_clipping() {
-  set_callbacks<DiskRayGenerator, &get_ray_callback, &get_rays_callback, &get_frustum_callback>();
+  set_callbacks<DiskRayGenerator, &Family::get_ray, &Family::get_rays, &get_frustum_callback>();
 }
 
 // The concentric map's point, each component scaled by the radius (z too, so
@@ -82,31 +82,6 @@ void DiskRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray
 unsigned int DiskRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
                                                   double& distance) const {
   return Family::build_ray_discard(*this, sample, ray, distance);
-}
-
-bool DiskRayGenerator::get_ray_callback(DiskRayGenerator const& g, GMathVec2<double> const& sample,
-                                        GMathRay& ray, double* weight) {
-  return Family::get_ray(g, sample, ray, weight);
-}
-
-unsigned int DiskRayGenerator::get_rays_callback(DiskRayGenerator const& g,
-                                                 GMathVec2<double> const* samples,
-                                                 unsigned int const& count, GMathRay* rays,
-                                                 double* weights) {
-  return Family::get_rays(g, samples, count, rays, weights);
-}
-
-bool DiskRayGenerator::get_ray_discard_callback(DiskRayGenerator const& g,
-                                                GMathVec2<double> const& sample, GMathRay& ray,
-                                                double* weight) {
-  return Family::get_ray_discard(g, sample, ray, weight);
-}
-
-unsigned int DiskRayGenerator::get_rays_discard_callback(DiskRayGenerator const& g,
-                                                         GMathVec2<double> const* samples,
-                                                         unsigned int const& count, GMathRay* rays,
-                                                         double* weights) {
-  return Family::get_rays_discard(g, samples, count, rays, weights);
 }
 
 void DiskRayGenerator::get_frustum_callback(DiskRayGenerator const& g,

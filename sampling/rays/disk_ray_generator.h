@@ -101,29 +101,16 @@ class SAMPLING_API DiskRayGenerator : public SampleRayGenerator {
                                                  double& distance) const;
 
   // Hooks of the family code (sampling/rays/shape_ray_family.h), which
-  // holds the bodies of the builders above and of the callbacks below;
-  // defined inline in the generator's source, the only place that calls
-  // them.
+  // holds the bodies of the builders above and of the frustum callback below;
+  // its get_ray and get_rays functions (plain and discard) are stored as the
+  // ray callbacks themselves. Defined inline in the generator's source, the
+  // only place that calls them.
   SAMPLING_LOCAL inline GMathVec3<double> local_point(GMathVec2<double> const& sample) const;
   SAMPLING_LOCAL inline GMathVec3<double> frustum_local_point(GMathVec2<double> const& corner,
                                                               unsigned int const& k) const;
   SAMPLING_LOCAL inline void aim_differentials(GMathVec3<double> const& to_sample,
                                                GMathRayDifferential& differential) const;
 
-  SAMPLING_LOCAL static bool get_ray_callback(DiskRayGenerator const& g,
-                                              GMathVec2<double> const& sample, GMathRay& ray,
-                                              double* weight);
-  SAMPLING_LOCAL static unsigned int get_rays_callback(DiskRayGenerator const& g,
-                                                       GMathVec2<double> const* samples,
-                                                       unsigned int const& count, GMathRay* rays,
-                                                       double* weights);
-  SAMPLING_LOCAL static bool get_ray_discard_callback(DiskRayGenerator const& g,
-                                                      GMathVec2<double> const& sample,
-                                                      GMathRay& ray, double* weight);
-  SAMPLING_LOCAL static unsigned int get_rays_discard_callback(DiskRayGenerator const& g,
-                                                               GMathVec2<double> const* samples,
-                                                               unsigned int const& count,
-                                                               GMathRay* rays, double* weights);
   // The frustum of a sample box: see docs/rays.md, "Shape generators".
   SAMPLING_LOCAL static void get_frustum_callback(DiskRayGenerator const& g,
                                                   GMathVec2<double> const& corner0,

@@ -33,12 +33,12 @@ void LineRayGenerator::init(GMathVec3<double> const& ray_origin,
 
 void LineRayGenerator::discard_clipped_samples(GMathVec3<double> const& normal) {
   m_clip_normal = normal;
-  set_callbacks<LineRayGenerator, &get_ray_discard_callback, &get_rays_discard_callback,
+  set_callbacks<LineRayGenerator, &Family::get_ray_discard, &Family::get_rays_discard,
                 &get_frustum_callback>();
 }
 
 void LineRayGenerator::disable_clipping() {
-  set_callbacks<LineRayGenerator, &get_ray_callback, &get_rays_callback, &get_frustum_callback>();
+  set_callbacks<LineRayGenerator, &Family::get_ray, &Family::get_rays, &get_frustum_callback>();
 }
 
 inline GMathVec3<double> LineRayGenerator::local_point(GMathVec2<double> const& sample) const {
@@ -73,31 +73,6 @@ void LineRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ray
 unsigned int LineRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
                                                   double& distance) const {
   return Family::build_ray_discard(*this, sample, ray, distance);
-}
-
-bool LineRayGenerator::get_ray_callback(LineRayGenerator const& g, GMathVec2<double> const& sample,
-                                        GMathRay& ray, double* weight) {
-  return Family::get_ray(g, sample, ray, weight);
-}
-
-unsigned int LineRayGenerator::get_rays_callback(LineRayGenerator const& g,
-                                                 GMathVec2<double> const* samples,
-                                                 unsigned int const& count, GMathRay* rays,
-                                                 double* weights) {
-  return Family::get_rays(g, samples, count, rays, weights);
-}
-
-bool LineRayGenerator::get_ray_discard_callback(LineRayGenerator const& g,
-                                                GMathVec2<double> const& sample, GMathRay& ray,
-                                                double* weight) {
-  return Family::get_ray_discard(g, sample, ray, weight);
-}
-
-unsigned int LineRayGenerator::get_rays_discard_callback(LineRayGenerator const& g,
-                                                         GMathVec2<double> const* samples,
-                                                         unsigned int const& count, GMathRay* rays,
-                                                         double* weights) {
-  return Family::get_rays_discard(g, samples, count, rays, weights);
 }
 
 void LineRayGenerator::get_frustum_callback(LineRayGenerator const& g,

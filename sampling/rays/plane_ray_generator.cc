@@ -30,12 +30,12 @@ void PlaneRayGenerator::init(GMathVec3<double> const& ray_origin,
 
 void PlaneRayGenerator::discard_clipped_samples(GMathVec3<double> const& normal) {
   m_clip_normal = normal;
-  set_callbacks<PlaneRayGenerator, &get_ray_discard_callback, &get_rays_discard_callback,
+  set_callbacks<PlaneRayGenerator, &Family::get_ray_discard, &Family::get_rays_discard,
                 &get_frustum_callback>();
 }
 
 void PlaneRayGenerator::disable_clipping() {
-  set_callbacks<PlaneRayGenerator, &get_ray_callback, &get_rays_callback, &get_frustum_callback>();
+  set_callbacks<PlaneRayGenerator, &Family::get_ray, &Family::get_rays, &get_frustum_callback>();
 }
 
 inline GMathVec3<double> PlaneRayGenerator::local_point(GMathVec2<double> const& sample) const {
@@ -67,32 +67,6 @@ void PlaneRayGenerator::create_ray(GMathVec2<double> const& sample, GMathRay& ra
 unsigned int PlaneRayGenerator::create_ray_discard(GMathVec2<double> const& sample, GMathRay& ray,
                                                    double& distance) const {
   return Family::build_ray_discard(*this, sample, ray, distance);
-}
-
-bool PlaneRayGenerator::get_ray_callback(PlaneRayGenerator const& g,
-                                         GMathVec2<double> const& sample, GMathRay& ray,
-                                         double* weight) {
-  return Family::get_ray(g, sample, ray, weight);
-}
-
-unsigned int PlaneRayGenerator::get_rays_callback(PlaneRayGenerator const& g,
-                                                  GMathVec2<double> const* samples,
-                                                  unsigned int const& count, GMathRay* rays,
-                                                  double* weights) {
-  return Family::get_rays(g, samples, count, rays, weights);
-}
-
-bool PlaneRayGenerator::get_ray_discard_callback(PlaneRayGenerator const& g,
-                                                 GMathVec2<double> const& sample, GMathRay& ray,
-                                                 double* weight) {
-  return Family::get_ray_discard(g, sample, ray, weight);
-}
-
-unsigned int PlaneRayGenerator::get_rays_discard_callback(PlaneRayGenerator const& g,
-                                                          GMathVec2<double> const* samples,
-                                                          unsigned int const& count, GMathRay* rays,
-                                                          double* weights) {
-  return Family::get_rays_discard(g, samples, count, rays, weights);
 }
 
 void PlaneRayGenerator::get_frustum_callback(PlaneRayGenerator const& g,

@@ -15,8 +15,9 @@
 // origin towards points of a shape that a matrix places in the world, the
 // distance to the point as weight, a strict clip plane through the origin in
 // discard mode, and the packet frustum. Internal; each generator's own
-// ray builders (create_ray, create_ray_discard) and callbacks forward here,
-// so the three share one body.
+// ray builders (create_ray, create_ray_discard) and frustum callback forward
+// here, and its ray callbacks are get_ray, get_rays, get_ray_discard and
+// get_rays_discard below, so the three share one body.
 //
 // G is the generator record. It befriends this template and provides, besides
 // the fields m_ray_type, m_ray_time, m_frame, m_ray_origin, m_clip_normal and
