@@ -7,6 +7,7 @@
 #include <span>
 #endif
 
+#include "sampling/ray_generators.h"
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
 #include "sampling/version.h"
@@ -66,6 +67,13 @@ int main() {
         pdf == sampling::warps::hemisphere_cosine_concentric_pdf(c, 1.0) &&
         std::fabs(iu - samples[5].x) + std::fabs(iv - samples[5].y) <= 1e-12)) {
     std::fprintf(stderr, "inline warp, density or inverse off: (%g, %g), pdf %g\n", u, v, pdf);
+    return 1;
+  }
+  // A generator's density: the uniform sphere's is 1 / (4 pi) everywhere.
+  UniformSphereRayGenerator sphere;
+  sphere.init(GMathVec3<double>(0.0, 0.0, 0.0), 1.0, 1.0);
+  if (!(std::fabs(sphere.pdf(d) * 4.0 * k_sampling_pi - 1.0) <= 1e-12)) {
+    std::fprintf(stderr, "sphere generator density off: %g\n", sphere.pdf(d));
     return 1;
   }
 #if __cplusplus >= 202002L
