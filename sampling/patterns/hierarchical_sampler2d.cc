@@ -92,7 +92,7 @@ void HierarchicalSampler2d::init(unsigned int const& seed, unsigned int const& c
         m_v_offset = radical_inverse_3(seed);
         m_offset = set_start + shuffled_index(seed, m_point_count);
         m_scale = 1.0 / static_cast<double>(m_point_count);
-        set_callbacks<HierarchicalSampler2d, &get_sample_hammersley_callback,
+        set_callbacks<HierarchicalSampler2d, &HammersleyCallbacks::get_sample,
                       &get_all_samples_hammersley_callback,
                       &get_packet_samples_hammersley_callback>();
         return;
@@ -101,21 +101,21 @@ void HierarchicalSampler2d::init(unsigned int const& seed, unsigned int const& c
       [[fallthrough]];
     case HALTON:
       m_seed = m_seed + set_start;
-      set_callbacks<HierarchicalSampler2d, &get_sample_halton_callback,
-                    &get_all_samples_halton_callback, &get_packet_samples_halton_callback>();
+      set_callbacks<HierarchicalSampler2d, &HaltonCallbacks::get_sample,
+                    &HaltonCallbacks::get_all_samples, &HaltonCallbacks::get_packet_samples>();
       return;
     case SOBOL: {
       unsigned int const t = table_entry(seed);
       m_scramble_u = table_entry(t);
       m_scramble_v = table_entry(t + 1);
       m_seed = m_seed + set_start;
-      set_callbacks<HierarchicalSampler2d, &get_sample_sobol_callback,
+      set_callbacks<HierarchicalSampler2d, &SobolCallbacks::get_sample,
                     &get_all_samples_sobol_callback, &get_packet_samples_sobol_callback>();
       return;
     }
     default:
       m_offset = set_start;
-      set_callbacks<HierarchicalSampler2d, &get_sample_random_callback,
+      set_callbacks<HierarchicalSampler2d, &RandomCallbacks::get_sample,
                     &get_all_samples_random_callback, &get_packet_samples_random_callback>();
       return;
   }
@@ -165,14 +165,10 @@ void HierarchicalSampler2d::get_sobol_sample_v(unsigned int const& n, double& v)
   v = unit_from_u32(sobol_2_by_bytes(n + 1) ^ m_scramble_v);
 }
 
-// ---- Callbacks: each mode's triple is its point function in the shared
-// single-packet walk.
+// ---- Callbacks: each mode stores the shared single-packet walk of its point
+// function (SinglePacketCallbacks) directly where that walk serves; below are
+// the whole-pattern paths that have loops of their own.
 
-void HierarchicalSampler2d::get_sample_random_callback(HierarchicalSampler2d& sampler,
-                                                       unsigned int const& index,
-                                                       GMathVec2<double>& sample) {
-  RandomCallbacks::get_sample(sampler, index, sample);
-}
 void HierarchicalSampler2d::get_all_samples_random_callback(HierarchicalSampler2d& sampler,
                                                             GMathVec2<double>* samples) {
   HierarchicalSampler2d const local = sampler;
@@ -205,11 +201,6 @@ unsigned int HierarchicalSampler2d::get_packet_samples_random_callback(
   return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }
 
-void HierarchicalSampler2d::get_sample_hammersley_callback(HierarchicalSampler2d& sampler,
-                                                           unsigned int const& index,
-                                                           GMathVec2<double>& sample) {
-  HammersleyCallbacks::get_sample(sampler, index, sample);
-}
 void HierarchicalSampler2d::get_all_samples_hammersley_callback(HierarchicalSampler2d& sampler,
                                                                 GMathVec2<double>* samples) {
 #if defined(SAMPLING_U32_LANES)
@@ -248,26 +239,6 @@ unsigned int HierarchicalSampler2d::get_packet_samples_hammersley_callback(
   return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }
 
-void HierarchicalSampler2d::get_sample_halton_callback(HierarchicalSampler2d& sampler,
-                                                       unsigned int const& index,
-                                                       GMathVec2<double>& sample) {
-  HaltonCallbacks::get_sample(sampler, index, sample);
-}
-void HierarchicalSampler2d::get_all_samples_halton_callback(HierarchicalSampler2d& sampler,
-                                                            GMathVec2<double>* samples) {
-  HaltonCallbacks::get_all_samples(sampler, samples);
-}
-unsigned int HierarchicalSampler2d::get_packet_samples_halton_callback(
-    HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
-    GMathVec2<double>& corner0, GMathVec2<double>& corner1) {
-  return HaltonCallbacks::get_packet_samples(sampler, packet, samples, corner0, corner1);
-}
-
-void HierarchicalSampler2d::get_sample_sobol_callback(HierarchicalSampler2d& sampler,
-                                                      unsigned int const& index,
-                                                      GMathVec2<double>& sample) {
-  SobolCallbacks::get_sample(sampler, index, sample);
-}
 void HierarchicalSampler2d::get_all_samples_sobol_callback(HierarchicalSampler2d& sampler,
                                                            GMathVec2<double>* samples) {
   HierarchicalSampler2d const local = sampler;

@@ -99,33 +99,16 @@ class SAMPLING_API HierarchicalSampler2d : public Sampler2d {
   // checked builds report.
   SAMPLING_LOCAL static unsigned int* get_indices(unsigned int const& count);
 
-  SAMPLING_LOCAL static void get_sample_random_callback(HierarchicalSampler2d& sampler,
-                                                        unsigned int const& index,
-                                                        GMathVec2<double>& sample);
   SAMPLING_LOCAL static void get_all_samples_random_callback(HierarchicalSampler2d& sampler,
                                                              GMathVec2<double>* samples);
   SAMPLING_LOCAL static unsigned int get_packet_samples_random_callback(
       HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
       GMathVec2<double>& corner0, GMathVec2<double>& corner1);
-  SAMPLING_LOCAL static void get_sample_hammersley_callback(HierarchicalSampler2d& sampler,
-                                                            unsigned int const& index,
-                                                            GMathVec2<double>& sample);
   SAMPLING_LOCAL static void get_all_samples_hammersley_callback(HierarchicalSampler2d& sampler,
                                                                  GMathVec2<double>* samples);
   SAMPLING_LOCAL static unsigned int get_packet_samples_hammersley_callback(
       HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
       GMathVec2<double>& corner0, GMathVec2<double>& corner1);
-  SAMPLING_LOCAL static void get_sample_halton_callback(HierarchicalSampler2d& sampler,
-                                                        unsigned int const& index,
-                                                        GMathVec2<double>& sample);
-  SAMPLING_LOCAL static void get_all_samples_halton_callback(HierarchicalSampler2d& sampler,
-                                                             GMathVec2<double>* samples);
-  SAMPLING_LOCAL static unsigned int get_packet_samples_halton_callback(
-      HierarchicalSampler2d& sampler, unsigned int const& packet, GMathVec2<double>* samples,
-      GMathVec2<double>& corner0, GMathVec2<double>& corner1);
-  SAMPLING_LOCAL static void get_sample_sobol_callback(HierarchicalSampler2d& sampler,
-                                                       unsigned int const& index,
-                                                       GMathVec2<double>& sample);
   SAMPLING_LOCAL static void get_all_samples_sobol_callback(HierarchicalSampler2d& sampler,
                                                             GMathVec2<double>* samples);
   SAMPLING_LOCAL static unsigned int get_packet_samples_sobol_callback(
