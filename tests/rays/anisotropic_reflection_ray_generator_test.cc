@@ -79,6 +79,10 @@ TEST(AnisotropicLobe, WorkedHalfVectorsAndSpreads) {
   EXPECT_TRUE(distance(tangent.normal, GMathVec3<double>(-1.0, 0.0, 0.0)) <= 1e-12);
   EXPECT_TRUE(std::fabs(tangent.spread - 1.0 / 3.0) <= 1e-9) << tangent.spread;
 
+  // Above v = 0.63 the level 1 - v / 2pi' drops below 0.9 unclamped.
+  LocalNormal const high = sample_local(10.0f, 10.0f, 0.3, 0.95);
+  EXPECT_TRUE(std::fabs(high.spread - 0.17393614136377505) <= 1e-13) << high.spread;
+
   // compute_ray's spread: the level 0.1 at the exponent of the normal's
   // azimuth (the larger exponent along N itself).
   AnisotropicReflectionRayGenerator g;
