@@ -248,8 +248,21 @@ LobeArguments lobe_arguments(py::handle origin, py::handle direction, py::handle
   return a;
 }
 
+// Densities (N,) per unit solid angle with which get_ray returns the unit
+// directions, before clipping.
+template <typename G>
+py::array_t<double> pdf(G const& generator, py::handle directions) {
+  G const g = generator;
+  check_samples(g, nullptr, 0);
+  return map_records<Vec3, double>(to_directions(directions), 1,
+                                   [&](Vec3 const& d, double& p) { p = g.pdf(d); });
+}
+
 template <typename G, typename C>
 void def_common(C& c) {
+  c.def("pdf", &pdf<G>, py::arg("directions"),
+        "Density per unit solid angle of each (N, 3) unit direction as get_rays returns "
+        "it, before clipping; (N,).");
   c.def("get_rays", &get_rays<G>, py::arg("samples"), py::kw_only(), py::arg("weights") = true,
         "Rays of the (N, 2) samples in [0,1]^2, packed in sample order without rejected "
         "samples.");
@@ -439,7 +452,14 @@ void bind_rays(py::module_& m) {
             return g;
           },
           py::return_value_policy::reference, py::kw_only(), py::arg("ray_origin"),
-          py::arg("frame"), py::arg("spread_reduction") = 1.0, "Returns the generator.");
+          py::arg("frame"), py::arg("spread_reduction") = 1.0, "Returns the generator.")
+      .def(
+          "pdf_length",
+          [](Line const& g) {
+            check_ready(g);
+            return g.pdf_length();
+          },
+          "Density of the targets per unit world length of the segment.");
   bind_shape<Plane>(m, "PlaneRayGenerator",
                     "Rays from a point towards points of the rectangle [-0.5, 0.5]^2 (z = 0) "
                     "placed by `frame`; weight = distance.")
@@ -452,7 +472,14 @@ void bind_rays(py::module_& m) {
           },
           py::return_value_policy::reference, py::kw_only(), py::arg("ray_origin"),
           py::arg("frame"), py::arg("spread_reduction_x") = 1.0,
-          py::arg("spread_reduction_y") = 1.0, "Returns the generator.");
+          py::arg("spread_reduction_y") = 1.0, "Returns the generator.")
+      .def(
+          "pdf_area",
+          [](Plane const& g) {
+            check_ready(g);
+            return g.pdf_area();
+          },
+          "Density of the targets per unit world area of the rectangle.");
   bind_shape<Disk>(m, "DiskRayGenerator",
                    "Rays from a point towards points of the disk of `radius` (z = 0) placed by "
                    "`frame`; weight = distance.")
@@ -467,7 +494,14 @@ void bind_rays(py::module_& m) {
           },
           py::return_value_policy::reference, py::kw_only(), py::arg("ray_origin"),
           py::arg("frame"), py::arg("radius") = 1.0, py::arg("spread_reduction_x") = 1.0,
-          py::arg("spread_reduction_y") = 1.0, "Returns the generator.");
+          py::arg("spread_reduction_y") = 1.0, "Returns the generator.")
+      .def(
+          "pdf_area",
+          [](Disk const& g) {
+            check_ready(g);
+            return g.pdf_area();
+          },
+          "Density of the targets per unit world area of the disk.");
 }
 
 }  // namespace sampling_python

@@ -148,8 +148,12 @@ void shape_clip(G& g, Arguments& a) {
 }
 
 // Per produced ray: origin, direction, weight, differentials, flag, time,
-// type, aux; or per box: points, normals, distances, plane count.
-void generate(SampleRayGenerator const& g, bool frusta, std::vector<Vec2> const& samples) {
+// type, aux, the density of the direction, and after the rays the density of
+// the shape's targets (0 without a shape); or per box: points, normals,
+// distances, plane count.
+template <typename G>
+void generate(G const& g, bool frusta, std::vector<Vec2> const& samples,
+              double const& target_pdf = 0.0) {
   if (frusta) {
     for (std::size_t i = 0; i + 1 < samples.size(); i += 2) {
       GMathFrustum f;
@@ -173,7 +177,9 @@ void generate(SampleRayGenerator const& g, bool frusta, std::vector<Vec2> const&
     put(r.m_differential.m_rx_origin), put(r.m_differential.m_rx_direction);
     put(r.m_differential.m_ry_origin), put(r.m_differential.m_ry_direction);
     put(r.m_has_differentials), put(r.m_time), put(r.m_type), put(r.m_aux[0]), put(r.m_aux[1]);
+    put(g.pdf(r.m_direction));
   }
+  put(target_pdf);
 }
 
 void rays(std::string const& kind, bool frusta, Arguments& a) {
@@ -228,19 +234,19 @@ void rays(std::string const& kind, bool frusta, Arguments& a) {
       LineRayGenerator g(type, time);
       g.init(origin, frame, a.real());
       shape_clip(g, a);
-      generate(g, frusta, samples);
+      generate(g, frusta, samples, g.pdf_length());
     } else if (kind == "plane") {
       PlaneRayGenerator g(type, time);
       double const srx = a.real();
       g.init(origin, frame, srx, a.real());
       shape_clip(g, a);
-      generate(g, frusta, samples);
+      generate(g, frusta, samples, g.pdf_area());
     } else {
       DiskRayGenerator g(type, time);
       double const radius = a.real(), srx = a.real();
       g.init(origin, frame, radius, srx, a.real());
       shape_clip(g, a);
-      generate(g, frusta, samples);
+      generate(g, frusta, samples, g.pdf_area());
     }
   }
 }

@@ -146,15 +146,19 @@ BOXES = np.array([[[i / 4, j / 4], [(i + 1) / 4, (j + 1) / 4]] for i in range(4)
 @pytest.mark.parametrize("make", GENERATORS)
 def test_ray_generators(reference, make):
     g, arguments = make()
-    expected = reference("rays", *arguments, samples=UV).reshape(-1, 24)
+    values = reference("rays", *arguments, samples=UV)
+    expected, target_pdf = values[:-1].reshape(-1, 25), values[-1]
     r = g.get_rays(UV)
     assert len(r) == len(expected) and 0 < len(r) <= len(UV)
     differentials = r.differentials if r.differentials is not None else np.zeros((len(r), 4, 3))
     assert r.differentials is not None or not expected[:, 19].any()
     got = np.hstack([r.origins, r.directions, r.weights[:, None], differentials.reshape(-1, 12),
-                     r.has_differentials[:, None], r.times[:, None], r.types[:, None], r.aux])
+                     r.has_differentials[:, None], r.times[:, None], r.types[:, None], r.aux,
+                     g.pdf(r.directions)[:, None]])
     assert_same_bits(got, expected)
     assert g.get_rays(UV, weights=False).weights is None
+    shape_pdf = getattr(g, "pdf_area", getattr(g, "pdf_length", lambda: 0.0))
+    assert_same_bits(shape_pdf(), target_pdf)
     frusta = g.get_frusta(BOXES)
     got = np.hstack([frusta.points.reshape(-1, 12), frusta.normals.reshape(-1, 12),
                      frusta.distances, frusta.plane_count[:, None]])

@@ -60,6 +60,8 @@ CASES = [
         geometric_normal=(0, 0, 1), nu=1, nv=1), "unit vector"),
     (lambda: R.AnisotropicRefractionRayGenerator().get_rays(GOOD), "needs init"),
     (lambda: R.UniformSphereRayGenerator().get_rays(GOOD), "needs init"),
+    (lambda: R.UniformSphereRayGenerator().init().pdf([[0, 0, 0.5]]), "not of unit length"),
+    (lambda: R.DiskRayGenerator().pdf_area(), "needs init"),
     (lambda: LINE().get_rays([[0.2, 0.5], [0.5, 0.5]]), "sample 1: the ray origin lies on"),
     (lambda: DISK().get_rays([[0.5, 0.5]]), "ray origin lies on the shape"),
     (lambda: R.UniformSphereRayGenerator().init(centre=(0, np.inf, 0)), "centre: value 1"),
