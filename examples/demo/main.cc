@@ -20,6 +20,7 @@
 #include "examples/demo/convergence.h"
 #include "examples/demo/frustum_pictures.h"
 #include "examples/demo/gallery.h"
+#include "examples/demo/mis_study.h"
 #include "examples/demo/obj_loader.h"
 #include "examples/demo/pattern_pictures.h"
 #include "examples/demo/png_writer.h"
@@ -255,6 +256,19 @@ bool run_convergence(Options const& options, Gallery& gallery, std::string& erro
   }
   study.print_slopes(stdout);
   std::printf("  wrote %s and one plot per integrand\n", csv.c_str());
+
+  MisStudy mis;
+  mis.run();
+  std::string const mis_csv = options.out_dir + "/mis.csv";
+  if (!mis.write_csv(mis_csv)) {
+    error = "cannot write '" + mis_csv + "': " + std::strerror(errno);
+    return false;
+  }
+  if (!mis.write_plot(gallery)) {
+    error = "cannot write '" + gallery.failed_path() + "': " + std::strerror(errno);
+    return false;
+  }
+  mis.print_table(stdout);
   return true;
 }
 
