@@ -75,10 +75,12 @@ void on_embree_error(void* user, RTCError, char const* message) {
     *error = message ? message : "unknown Embree error";
 }
 
-// Linear: the occlusion fraction is shown as it is, for contrast.
+// The render is linear (the unoccluded fraction); the PNG is encoded with the
+// sRGB transfer curve, as image viewers expect, so mid greys read as they are.
 std::uint8_t to_byte(double value) {
   double const v = std::min(std::max(value, 0.0), 1.0);
-  return static_cast<std::uint8_t>(v * 255.0 + 0.5);
+  double const encoded = v <= 0.0031308 ? 12.92 * v : 1.055 * std::pow(v, 1.0 / 2.4) - 0.055;
+  return static_cast<std::uint8_t>(encoded * 255.0 + 0.5);
 }
 
 }  // namespace

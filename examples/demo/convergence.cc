@@ -274,6 +274,7 @@ bool ConvergenceStudy::write_plots(Gallery& gallery) const {
                   "end");
     }
     canvas.text(0.5 * (left + right), 0.005, "samples N", 12, "#333", "middle");
+    canvas.text(0.01, 0.5 * (bottom + top), "RMSE", 12, "#333", "start");
     // Reference slopes -1/2 and -1 from the random sampler's first point.
     double const e0 = rmse(i, 0, 0);
     if (e0 > 0.0) {
@@ -309,10 +310,12 @@ bool ConvergenceStudy::write_plots(Gallery& gallery) const {
                   "start");
     }
     std::string const file = std::string("convergence_") + m_integrands[i].name + ".svg";
-    if (!gallery.save(canvas, file,
-                      std::string("Convergence on the ") + m_integrands[i].description +
-                          ": RMSE over " + std::to_string(k_trials) +
-                          " seeds against N, one line per sampler."))
+    if (!gallery.save(
+            canvas, file,
+            std::string("Convergence on the ") + m_integrands[i].description + ": RMSE over " +
+                std::to_string(k_trials) +
+                " seeds against N, one line per sampler; hier_hammersley stops at N = 2048, "
+                "the mode's largest pattern."))
       return false;
   }
   return true;
@@ -333,4 +336,6 @@ void ConvergenceStudy::print_slopes(std::FILE* out) const {
     }
     std::fprintf(out, "\n");
   }
+  std::fprintf(out, "  (hier_hammersley: N up to %u, the mode's largest pattern)\n",
+               k_hammersley_pattern_limit);
 }

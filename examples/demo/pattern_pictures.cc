@@ -61,10 +61,15 @@ bool PatternPictures::write(Gallery& gallery) {
   StratifiedSampler2d stratified;
   stratified.init(random, 8, 8, 4, 4, 1.0, 1.0);
   SvgCanvas strat_canvas(k_size, "StratifiedSampler2d 8x8, jitter 1, packets of 4x4 strata");
+  // The strata, so that one sample per cell can be seen.
+  for (int i = 1; i < 8; ++i) {
+    strat_canvas.line(i / 8.0, 0.0, i / 8.0, 1.0, "#ddd", 1.0);
+    strat_canvas.line(0.0, i / 8.0, 1.0, i / 8.0, "#ddd", 1.0);
+  }
   draw_packets(stratified, strat_canvas);
   if (!gallery.save(strat_canvas, "pattern_stratified.svg",
-                    "Stratified 8x8 with jitter 1: one sample per stratum, 4 packets of 4x4 "
-                    "strata (boxes)."))
+                    "Stratified 8x8 with jitter 1: one sample per stratum (grey grid), 4 packets "
+                    "of 4x4 strata (boxes)."))
     return false;
 
   HammersleySampler2d hammersley;
