@@ -7,6 +7,8 @@
 #include <random>
 #include <string>
 
+#include "sampling/warps.h"
+
 namespace bench {
 
 double thread_ns() {
@@ -109,6 +111,31 @@ void report(benchmark::State& state, double const& items, double const& path_ns_
   double const store_ns = ns_per_call(store, calls);
   state.counters["store_ns_per_item"] = store_ns / items;
   state.counters["x_store_bound"] = path_ns_per_call / store_ns;
+}
+
+void report_sincos_floor(benchmark::State& state, std::vector<double> const& angles,
+                         GMathRay const& prototype) {
+  std::vector<GMathRay> rays(angles.size());
+  double const floor_ns = ns_per_call(
+      [&] {
+        GMathRay ray = prototype;
+        benchmark::DoNotOptimize(&ray);
+        for (std::size_t i = 0; i < angles.size(); ++i) {
+          // The pair goes straight into the stored record: a copy of a
+          // record just written by the call would wait on store forwarding.
+          double c, s;
+          sampling::warps::detail::cos_sin(angles[i], c, s);
+          rays[i] = ray;
+          rays[i].m_direction.x = c;
+          rays[i].m_direction.y = s;
+        }
+        benchmark::DoNotOptimize(rays.data());
+        benchmark::ClobberMemory();
+      },
+      state.iterations());
+  double const per_item = floor_ns / static_cast<double>(angles.size());
+  state.counters["floor_ns_per_item"] = per_item;
+  state.counters["x_floor"] = state.counters["ns_per_item"].value / per_item;
 }
 
 std::vector<GMathVec2<double>> unit_samples(std::size_t const& count, unsigned int const& seed) {

@@ -107,6 +107,14 @@ void run_generator(benchmark::State& state, SampleRayGenerator const& generator,
                    std::vector<GMathVec2<double>> const& samples, bool const& weighted,
                    RaysReference const& reference);
 
+// The floor of a ray path whose formulas call sincos once per sample: per
+// sample the cosine and sine of angles[i] (glibc's pair, as the generators
+// compute it) and a 240-byte copy of `prototype` stored with the pair in
+// its direction, timed for the calls of the path just run. Sets the counters
+// floor_ns_per_item and x_floor (the path's ns_per_item over it).
+void report_sincos_floor(benchmark::State& state, std::vector<double> const& angles,
+                         GMathRay const& prototype);
+
 // ---- Plain formulas shared by the references -------------------------------
 // Written out with the library's decimal angle constants, independently of
 // the library's code.

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -155,8 +156,18 @@ void BM_CosineGetRays(benchmark::State& state) {
   if (mode == k_project)
     generator.project_clipped_samples(normal);
   static std::vector<GMathVec2<double>> const samples = bench::unit_samples(k_ray_count, 2024);
-  bench::run_generator(state, generator, samples, weighted,
-                       CosineReference(incoming, angle, 0.5, mode, normal));
+  CosineReference const reference(incoming, angle, 0.5, mode, normal);
+  bench::run_generator(state, generator, samples, weighted, reference);
+  // The floor: the sincos of each sample's concentric angle and the ray's
+  // store (counters floor_ns_per_item and x_floor).
+  std::vector<double> angles(samples.size());
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    double r;
+    bench::plain_concentric(samples[i].x, samples[i].y, r, angles[i]);
+  }
+  GMathRay prototype;
+  reference.build(incoming.m_direction, incoming.m_direction, incoming.m_direction, prototype);
+  bench::report_sincos_floor(state, angles, prototype);
   state.SetLabel(std::string(mode == k_plain     ? "plain"
                              : mode == k_discard ? "discard"
                                                  : "project") +

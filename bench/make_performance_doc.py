@@ -21,7 +21,9 @@ import sys
 
 # Goals on the ratio to the store bound, by family of path (name prefix; the
 # first matching prefix wins). For the warps the third timing is their floor,
-# one sincos and the record's store per item; the textbook rows are held
+# the libm calls of their formula (one sincos, and a sine for the uniform
+# hemispheres and the cosine sphere) and the record's store per item; the
+# textbook rows are held
 # against their reference (GOAL_ON_REFERENCE).
 SAMPLER_GOAL = 2.0
 GENERATOR_GOAL = 3.0
@@ -63,17 +65,24 @@ instructions.
   part of the stream, so the draws cannot be batched or reordered in the
   sampler; 2x of the store bound would need a vectorised generator whose
   outputs keep the stream order.
-- **Hammersley** (seeded, packet; odd sub-sets): four points at a time in
-  SSE2 lanes (bit reversal in four 32-bit lanes, each unsigned index made
-  an exact double as 2^52 + x minus 2^52, sum and product per lane): about
-  19 instructions per point against two 8-byte stores, 1.25 to 1.5 ns, 3x
-  to 5x of the bound in this run (1.9 ns and 3.5x before). Closer would
-  need a conversion the baseline lacks (AVX-512's unsigned conversion) or a
-  byte shuffle (SSSE3), both beyond the x86-64 baseline the library builds
-  for without run-time dispatch.
+- **Hammersley** whole sets: sixteen consecutive points at a time. Where
+  k + seed is a multiple of 16, u of k + j is the radical inverse of k + seed
+  plus that of j (the bits do not overlap, so the double sum is exact), and
+  v is k + j (exact) plus the offset, times 1/N: per point one load of
+  (radical_inverse_2(j), j), two adds, a product and the store, in two double
+  lanes, about 0.43 ns and 1.5x of the bound (1.23 ns and 4.4x before, side
+  by side). **Packets** (a stride of the packet columns) and odd sub-sets:
+  four points at a time in SSE2 lanes (bit reversal in four 32-bit lanes,
+  each unsigned index made an exact double as 2^52 + x minus 2^52, sum and
+  product per lane): about 19 instructions per point against two 8-byte
+  stores, 1.25 to 1.5 ns, 3x to 5x of the bound. Closer would need a
+  conversion the baseline lacks (AVX-512's unsigned conversion) or a byte
+  shuffle (SSSE3), both beyond the x86-64 baseline the library builds for
+  without run-time dispatch.
 - **Hammersley sub-sets** with an even sub-set count: one index shuffle
-  per point, a loop with a data-dependent branch over the bits of the
-  index (12 at 4096 points).
+  per point, a loop with a branch on each bit of the index (12 at 4096
+  points); the indices run in order, so the branches are predicted, and a
+  form selecting by masks was 1.4x slower.
 - **Halton** and the **hierarchical Halton** mode (and Hammersley beyond the
   table sizes, which falls back to Halton): one digit step per base-b digit
   of the index (8 digits in base 3 here), each a multiply-add whose rounding
@@ -94,30 +103,41 @@ instructions.
   are part of the record: the inverse direction (three divisions) and the
   two auxiliary distances (two square roots). On top of that the sphere,
   disk and cosine cone compute a sine and cosine pair per ray (one `sincos`
-  call: 42% of the sphere's instructions, 44% of the disk's, 31% of the
-  cone's), and each differential costs a guarded normalisation (a square
-  root and a division). The per-ray math, not the stores, is the bound. The
-  line and plane without differentials (one square root and four
-  divisions, no trigonometry) are within 3x of the store bound in plain
-  mode; in discard mode the bound halves with the rays kept while every
-  sample is still evaluated. Meeting 3x elsewhere would need a vectorised
-  sincos with the bits of glibc's (none exists; another sincos changes
-  outputs) and a ray record without the derived fields (a change of the
-  platform record). With differentials the cone takes 40-45 ns per ray
-  against a floor of about 14 ns (sincos 9.5 ns + the 240-byte store 4-5
-  ns), 3x, and the sphere 26 ns, about 2x: the remaining work is three
-  divisions (inverse direction), two square roots (auxiliary distances,
-  the first the same for every ray of a generator) and a guarded
-  normalisation per differential, all scalar. Plain cone rays without
-  differentials run at 1.2x to 1.3x of the textbook sample + frame + 48-byte
-  store path (`BM_CosineRaysVsTextbook`) while writing five times the bytes.
+  call), and each differential of a shape costs a guarded normalisation (a
+  square root and a division). The array paths of the cone, the sphere, the
+  line, the plane and the disk build two rays at a time in SSE2 lanes
+  (sampling/rays/ray_lanes.h): concentric map, warp or shape point,
+  differential directions, clip test and every derived field, each in the
+  order of operations of the one-ray builders, with only the `sincos` calls
+  scalar. The calls of a block of eight samples are made together, after
+  all their angles and before any of their rays: each call finds its
+  argument computed and the divisions and square roots of the block overlap
+  the calls (the same lanes with the two calls of each pair between its
+  steps were no faster than the scalar loop). The cone, sphere and disk rows
+  also time their floor (counters `floor_ns_per_item` and `x_floor` in the
+  JSON): one `sincos` per ray and the 240-byte store, about 13.5 ns. With
+  differentials the cone takes about 26 ns per ray (1.85x to 2x of its
+  floor; 39 ns and 2.9x before), the sphere about 22 ns (1.55x; 25 ns
+  before), the disk about 28-30 ns (2.0x to 2.15x; 53 ns before): per pair
+  of disk rays seven divisions and four square roots remain, which the
+  divider runs one after the other. Line and plane rays with differentials
+  went from about 25 ns to 14-19 ns. Meeting 3x of the bare store bound
+  would still need a vectorised sincos with the bits of glibc's (none
+  exists; another sincos changes outputs) and a ray record without the
+  derived fields (a change of the platform record). Plain cone rays without
+  differentials run at about 1.17x of the textbook sample + frame + 48-byte
+  store path (`BM_CosineRaysVsTextbook`) and 1.3x in discard mode, while
+  writing five times the bytes.
 - **Anisotropic generators**: the lobe sampling per ray: `pow`, `sincos`,
   `tan` and `atan` from libm take about 45% of the instructions, the ray
   with its reflected or refracted differentials about 27%; the library path
   runs at the speed of its plain reference.
 - **Warps**: a sine/cosine pair (and a sine for the uniform hemispheres
-  and the cosine sphere) per sample. The floor column times one sincos and
-  the record's store. GCC's straight-line vectoriser used to reload the
+  and the cosine sphere) per sample. The floor column times those libm
+  calls and the record's store: one sincos, and for the uniform hemispheres
+  and the cosine sphere the sine of u besides (two calls are their floor:
+  glibc's bits need both, and no identity turns one into the other without
+  changing a rounding). GCC's straight-line vectoriser used to reload the
   two 8-byte results of the fused sincos call as one 16-byte load, which the
   processor cannot forward from the two stores: `cos_sin` in
   sampling/warps.h takes each result into a register of its own (an empty
@@ -125,9 +145,12 @@ instructions.
   so in the exported ones, the cone and the disk generator: the point warps
   went 15-25% faster (cosine 17.8 -> 15.2 ns, sphere 17.8 -> 14.7 ns). The
   disk, cosine and uniform sphere warps, with and without frames, inline
-  and exported, are within 1.1x to 1.45x of the floor; the uniform
-  hemispheres and the cosine sphere need a second libm call, so one sincos
-  is not their floor (1.5x to 2x of it).
+  and exported, are within 0.95x to 1.35x of the floor, the uniform
+  hemispheres and the cosine sphere within 1.0x to 1.2x of theirs. The
+  concentric point warps stay near 1.3x: the concentric map's division
+  lies between the sample and the sincos call, and its sector branches are
+  cheaper than selections (a branch-free map with one division and table
+  look-ups by sector measured 5 ns slower per point, and was dropped).
 - **Surface scattering**: dominated by the area table build and, for blue
   noise, by the dart throwing: every primitive gets at least one candidate
   with up to 128 throws, each evaluated in world space and tested against
@@ -162,25 +185,27 @@ fields) and a cheaper per-hit set-up; see the goals below.
 
 ## Goals not reached
 
-- Samplers within 2x of the store bound: the random mode meets it in
-  about half the runs (1.8x to 2.2x); Hammersley is at 3x to 5x, the
-  hierarchical Hammersley mode at about 4.5x, Sobol at 3x to 6x: what
-  remains is about 19 instructions per point (bit reversal by masks and
-  shifts, conversion, sum, product, store) against one 16-byte store.
-- Warps within 1.3x of their floor: met by the disk with frame, the cosine
-  hemispheres with frames and the uniform sphere; the concentric disk
-  point (1.32x), the concentric cosine point (1.34x, 1.43x inline through
-  the exported call) just miss; the uniform hemispheres and the cosine
-  sphere (1.5x to 2x) call a second libm function per sample, so one sincos
-  is not their floor.
+- Samplers within 2x of the store bound: Hammersley whole sets meet it
+  (about 1.5x) and the random mode in about half the runs (1.8x to 2.2x);
+  Hammersley packets are at 3x to 5x, the hierarchical Hammersley mode at
+  about 4.5x, Sobol at 3x to 6x: what remains is about 19 instructions per
+  point (bit reversal by masks and shifts, conversion, sum, product, store)
+  against one 16-byte store. The sixteen-point runs of the whole sets do not
+  carry over as they are: a packet's indices step by the column count, the
+  hierarchical mode's follow its permutation, and Sobol's u is XORed with
+  the scramble before its conversion.
+- Warps within 1.3x of their floor: met by every warp except the
+  concentric points, which are at its edge: the disk point at 1.29x to 1.31x
+  and the concentric cosine point at 1.32x to 1.36x, exported and inline
+  (see "What bounds each path").
 - Cone and shape rays with differentials within 2x of their floor (libm
-  calls + the 240-byte store): the sphere is at about 2x, the cone at about
-  3x (40-45 ns against 14 ns), the disk at 3.5x: the scalar divisions and
-  square roots of the derived ray fields and of the differentials remain.
-  Computing them across rays in SSE2 lanes, with the libm values per ray
-  first, is the next step and was not done in this round.
-- Plain cone rays within 1.3x of the textbook path: 1.21x plain, 1.31x in
-  discard mode (the edge of the goal, within the run's noise).
+  calls + the 240-byte store, the rows' `x_floor` counter): the sphere at
+  about 1.55x and the cone at 1.85x to 2x meet it; the disk is at 2.0x to
+  2.15x, bound by the divider (seven divisions and four square roots per
+  pair of rays, all needed by its formulas).
+- Plain cone rays within 1.3x of the textbook path: about 1.17x plain; in
+  discard mode about 1.3x, at the edge of the goal (the rays' addresses
+  depend on each pair's clip test).
 - Demo generation at least as fast as tracing: 0.71 to 0.76 of it (above).
 
 ## Rows slower than before
@@ -239,12 +264,21 @@ get_ray; the tests named beside an entry add their own checks.
   sampling/warps/polar_warp.h (shared with `Sampling::sphere_uniform`) and
   the ray constants are held in locals: about 1.15x
   (uniform_sphere_fast_path_test.cc).
+- Ray generators in SSE2 lanes (cone in its three modes, sphere, line,
+  plane and disk, plain and discard): two rays at a time, the libm calls of
+  a block of eight samples between the lane steps; the same IEEE operations
+  in the same order as the one-ray builders, the record's padding
+  untouched (tests/rays/ray_lanes_test.cc compares get_rays with get_ray
+  over about 10^6 rays of every mode, with and without differentials and
+  weights, odd and even counts). About 1.5x on the cone with differentials,
+  1.7x to 1.8x on the disk, line and plane with differentials, 1.15x on the
+  sphere.
 - Line, plane and disk generators, and the cosine-weighted cone: the array
   paths read the generator from a local copy, so the ray and weight stores
   cannot force reloads: about 1.1x on the weighted shape paths and the
   cone's discard mode.
 - Sine and cosine of the same angle are one `sincos` call (the compiler
-  fuses them); tests/warps/sincos_identity_test.cc proves over 1.5 million
+  fuses them); a test in tests/warps/warps_test.cc proves over a million
   angles that glibc's sincos gives the bits of sin and cos called apart.
 """
 
@@ -334,9 +368,10 @@ def write_doc(out_path, context, results, json_path, command, merged=()):
         % SAMPLER_GOAL)
     add("store bound, ray generators within %gx, %gx speed-up on 2 threads;"
         % (GENERATOR_GOAL, SCALING_GOAL))
-    add("warps within %gx of their floor (for them the third column times one"
+    add("warps within %gx of their floor (for them the third column times the"
         % WARP_GOAL)
-    add("sincos and the record's store per item in place of the bare store);")
+    add("libm calls of the formula, one sincos or a sincos and a sine, and the")
+    add("record's store per item in place of the bare store);")
     add("plain cone rays without differentials within %gx of the textbook path"
         % TEXTBOOK_GOAL)
     add("(`BM_CosineRaysVsTextbook`, goal on its x reference column).")
@@ -401,8 +436,9 @@ def write_doc(out_path, context, results, json_path, command, merged=()):
             add("## %s paths" % family.capitalize())
             add("")
             if family == "warp":
-                add("Goal: within %gx of the floor (third column: one sincos and the"
-                    " record's store per item)." % WARP_GOAL)
+                add("Goal: within %gx of the floor (third column: the formula's libm"
+                    " calls, one sincos or a sincos and a sine, and the record's store"
+                    " per item)." % WARP_GOAL)
                 add("")
             elif goal:
                 add("Goal: within %gx of the store bound." % goal)

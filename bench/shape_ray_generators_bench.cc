@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -186,6 +187,21 @@ void shape_rays(benchmark::State& state, Shape shape, bool discard, bool weighte
   else
     plain = reference;
   bench::run_generator(state, *generators[shape], samples, weighted, plain);
+  // The sphere and the disk call sincos once per ray: their floor is that
+  // call and the ray's store (counters floor_ns_per_item and x_floor).
+  if (shape == k_sphere || shape == k_disk) {
+    std::vector<double> angles(samples.size());
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      double r;
+      if (shape == k_sphere)
+        angles[i] = bench::k_plain_two_pi * samples[i].y;
+      else
+        bench::plain_concentric(samples[i].x, samples[i].y, r, angles[i]);
+    }
+    GMathRay prototype;
+    plain(samples.data(), 1, &prototype, nullptr);
+    bench::report_sincos_floor(state, angles, prototype);
+  }
 }
 
 [[maybe_unused]] int const k_registered = [] {

@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <type_traits>
 #include <vector>
 
 #include "bench/bench_support.h"
@@ -85,6 +86,7 @@ struct DiskConcentricFrame {
 template <typename O>
 struct HemisphereUniform {
   using Out = O;
+  static constexpr bool k_second_sine = true;  // a sine besides the sincos
   static void library(double const& u, double const& v, Point& o) {
     Sampling::hemisphere_uniform(u, v, o.d, k_scale);
   }
@@ -100,6 +102,7 @@ struct HemisphereUniform {
 template <typename O>
 struct HemisphereUniformConcentric {
   using Out = O;
+  static constexpr bool k_second_sine = true;  // a sine besides the sincos
   static void library(double const& u, double const& v, Point& o) {
     Sampling::hemisphere_uniform_concentric(u, v, o.d, k_scale);
   }
@@ -164,6 +167,7 @@ struct SphereUniform {
 template <typename O>
 struct SphereCosine {
   using Out = O;
+  static constexpr bool k_second_sine = true;  // a sine besides the sincos
   static void library(double const& u, double const& v, Point& o) {
     Sampling::sphere_cosine(u, v, o.d);
   }
@@ -201,6 +205,14 @@ struct HemisphereCosineConcentricCall {
   }
 };
 
+// Whether a warp calls libm's sine besides its sincos (false unless the warp
+// says so).
+template <typename W, typename = void>
+struct SecondSine : std::false_type {};
+template <typename W>
+struct SecondSine<W, std::void_t<decltype(W::k_second_sine)>>
+    : std::integral_constant<bool, W::k_second_sine> {};
+
 template <typename W>
 void BM_Warp(benchmark::State& state) {
   using Out = typename W::Out;
@@ -219,8 +231,10 @@ void BM_Warp(benchmark::State& state) {
   if (!bench::check_same(state, out, check))
     return;
   // The floor of a bit-exact warp in place of the bare store bound: per
-  // sample one cosine/sine pair (glibc's, as the warps need it) and the
-  // record's store, the pair in its first two components.
+  // sample the libm calls its formula needs (glibc's, whose bits the warps
+  // keep) and the record's store: one cosine/sine pair in the first two
+  // components, and for the warps that also take a sine of u (the uniform
+  // hemispheres, the cosine sphere) that sine in the third.
   std::vector<Out> floor_out(k_count);
   auto const floor = [&] {
     Out prototype = check[1];
@@ -229,6 +243,8 @@ void BM_Warp(benchmark::State& state) {
       Out o = prototype;
       double* const pair = reinterpret_cast<double*>(&o);
       sampling::warps::detail::cos_sin(in[i].y * k_two_pi, pair[0], pair[1]);
+      if constexpr (SecondSine<W>::value)
+        pair[2] = std::sin(in[i].x * k_half_pi);
       floor_out[i] = o;
     }
     benchmark::DoNotOptimize(floor_out.data());

@@ -1,5 +1,7 @@
 #include "sampling/patterns/hammersley_sampler2d.h"
 
+#include <algorithm>
+
 #include "sampling/checks.h"
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/patterns/single_packet_callbacks.h"
@@ -26,6 +28,26 @@ inline unsigned int packet_columns(unsigned int const& count, unsigned int const
 
 }  // namespace
 
+#if defined(SAMPLING_U32_LANES)
+// (radical_inverse_2(j), j) for j = 0 .. 15: the bits of j reversed into the
+// top four of 32, as a fraction.
+struct LowDigits {
+  alignas(16) double pair[16][2];
+};
+
+constexpr LowDigits make_low_digits() {
+  LowDigits t{};
+  for (unsigned int j = 0; j < 16; ++j) {
+    unsigned int const reversed = ((j & 1u) << 3) | ((j & 2u) << 1) | ((j & 4u) >> 1) | (j >> 3);
+    t.pair[j][0] = static_cast<double>(reversed) / 16.0;
+    t.pair[j][1] = static_cast<double>(j);
+  }
+  return t;
+}
+
+constexpr LowDigits k_low_digits = make_low_digits();
+#endif
+
 // The point formulas with the record's three inputs held in locals.
 struct HammersleySampler2d::HammersleyPoints {
   explicit HammersleyPoints(HammersleySampler2d const& sampler)
@@ -48,9 +70,26 @@ struct HammersleySampler2d::HammersleyPoints {
   }
 
   // Points k, k + step, ... (count of them) into samples[0 .. count-1];
-  // four at a time in lanes where the platform has them (the same bits).
+  // four at a time in lanes where the platform has them (the same bits),
+  // consecutive points sixteen at a time.
   void write_run(unsigned int k, unsigned int const step, unsigned int const count,
                  GMathVec2<double>* samples) const {
+    unsigned int i = 0;
+#if defined(SAMPLING_U32_LANES)
+    if (step == 1u) {
+      // Up to the first k whose k + seed is a multiple of 16, then runs of 16.
+      i = std::min((0u - (k + seed)) & 15u, count);
+      write_steps(k, 1u, i, samples);
+      for (; count - i >= 16; i += 16)
+        write16(k + i, samples + i);
+    }
+#endif
+    write_steps(k + i * step, step, count - i, samples + i);
+  }
+
+  // write_run four points at a time in lanes, then one at a time.
+  void write_steps(unsigned int k, unsigned int const step, unsigned int const count,
+                   GMathVec2<double>* samples) const {
     unsigned int i = 0;
 #if defined(SAMPLING_U32_LANES)
     __m128i lane_k = index_lanes(k, step);
@@ -65,6 +104,23 @@ struct HammersleySampler2d::HammersleyPoints {
   }
 
 #if defined(SAMPLING_U32_LANES)
+  // The 16 points from k on, for k + seed a multiple of 16: the bits of
+  // k + seed + j are those of k + seed and of j apart, so u is the base's
+  // radical inverse plus that of j, an exact sum (both multiples of 2^-32,
+  // the sum below 1 with 32 significant bits) equal to radical_inverse_2 of
+  // the index; k + j is exact too. Per point: that sum and k + j in one add,
+  // the v offset (u + 0.0 is u) and the scale (u times 1.0), as the lanes of
+  // PairWriter round them.
+  void write16(unsigned int const& k, GMathVec2<double>* samples) const {
+    __m128d const base = _mm_set_pd(static_cast<double>(k), radical_inverse_2(k + seed));
+    __m128d const add = _mm_set_pd(v_offset, 0.0);
+    __m128d const scale = _mm_set_pd(inv_point_count, 1.0);
+    for (unsigned int j = 0; j < 16; ++j) {
+      __m128d const point = _mm_add_pd(_mm_add_pd(base, _mm_load_pd(k_low_digits.pair[j])), add);
+      _mm_storeu_pd(&samples[j].x, _mm_mul_pd(point, scale));
+    }
+  }
+
   // The points of the four indices in the lanes of k into samples[0 .. 3].
   void write4(__m128i const& k, GMathVec2<double>* samples) const {
     lanes.write4(reverse_bits_x4(_mm_add_epi32(k, seeds)), k, samples);

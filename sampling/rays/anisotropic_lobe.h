@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/geometry/geometry_differential.h"
+#include "platform/math/gmath_frustum.h"
 #include "platform/math/gmath_matrix3x3.h"
 #include "platform/math/gmath_ray.h"
 #include "platform/math/gmath_ray_differential.h"
@@ -17,9 +18,10 @@
 // Both records hold the same fields under the same names (the refraction one
 // adds m_eta), so one template over the record type serves both: the shading
 // frame and init, the half-vector sampling of the anisotropic Phong lobe with
-// its spread, and the ray builder with the differential step. Each generator
-// keeps only its scattering law (mirror or refraction), its side tests and its
-// callbacks. Not exported; every function is inlined where used.
+// its spread, the ray builder with the differential step, and the three
+// callbacks, which both generators register as they stand. Each generator
+// keeps only its scattering law (mirror or refraction) and its side tests.
+// Not exported; every function is inlined where used.
 
 // 1 / (2 pi'), the reciprocal of the library's 2 pi: the level of the lobe's
 // spread falls by this much per unit of v. A constant expression: the
@@ -68,8 +70,8 @@ struct AnisotropicLobe {
     g.m_geometric_normal = geometric_normal;
     g.m_dpdx = differential.m_dpdx;
     g.m_dpdy = differential.m_dpdy;
-    g.m_dpdx_unit = G::safe_normalize(g.m_dpdx, k_ray_normalize_epsilon);
-    g.m_dpdy_unit = G::safe_normalize(g.m_dpdy, k_ray_normalize_epsilon);
+    g.m_dpdx_unit = ::safe_normalize(g.m_dpdx, k_ray_normalize_epsilon);
+    g.m_dpdy_unit = ::safe_normalize(g.m_dpdy, k_ray_normalize_epsilon);
   }
 
   // L.x T + L.y B + L.z N.
@@ -183,6 +185,35 @@ struct AnisotropicLobe {
       G::clear_differentials(ray);
     }
     G::clear_aux_cleared(ray);
+  }
+
+  // The callbacks both generators register: G::create_ray(sample, ray)
+  // returns whether it wrote a ray (refraction rejects some samples); the
+  // rays are packed, each with weight 1, and no frustum bounds the lobe.
+  static bool get_ray(G const& g, GMathVec2<double> const& sample, GMathRay& ray, double* weight) {
+    SAMPLING_CHECK(in_unit_square(sample),
+                   "anisotropic ray generator get_ray: sample outside [0,1]^2");
+    G::store_unit_weight(weight);
+    return g.create_ray(sample, ray);
+  }
+
+  static unsigned int get_rays(G const& g, GMathVec2<double> const* samples,
+                               unsigned int const& count, GMathRay* rays, double* weights) {
+    SAMPLING_CHECK(count == 0 || (samples && rays),
+                   "anisotropic ray generator get_rays: null sample or ray array");
+    unsigned int produced = 0;
+    for (unsigned int i = 0; i < count; ++i) {
+      SAMPLING_CHECK(in_unit_square(samples[i]),
+                     "anisotropic ray generator get_rays: sample outside [0,1]^2");
+      produced += g.create_ray(samples[i], rays[produced]) ? 1u : 0u;
+    }
+    G::store_unit_weights(weights, produced);
+    return produced;
+  }
+
+  static void get_frustum(G const&, GMathVec2<double> const&, GMathVec2<double> const&,
+                          GMathFrustum& frustum) {
+    frustum.m_plane_count = 0;
   }
 
  private:

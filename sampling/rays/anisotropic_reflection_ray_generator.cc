@@ -18,8 +18,8 @@ inline GMathVec3<double> mirror(GMathVec3<double> const& incoming, GMathVec3<dou
 }  // namespace
 
 AnisotropicReflectionRayGenerator::AnisotropicReflectionRayGenerator() {
-  set_callbacks<AnisotropicReflectionRayGenerator, &get_ray_callback, &get_rays_callback,
-                &get_frustum_callback>();
+  set_callbacks<AnisotropicReflectionRayGenerator, &Lobe::get_ray, &Lobe::get_rays,
+                &Lobe::get_frustum>();
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
   static_assert(offsetof(AnisotropicReflectionRayGenerator, m_incoming_ray) == 24,
@@ -46,7 +46,7 @@ void AnisotropicReflectionRayGenerator::compute_ray(GMathVec3<double> const& nor
                                                     GMathRay& ray) const {
   SAMPLING_CHECK(std::fabs(dot(normal, normal) - 1.0) <= 1e-3,
                  "AnisotropicReflectionRayGenerator::compute_ray: normal not of unit length");
-  SAMPLING_CHECK(global_to_local(normal).z > -1.0,
+  SAMPLING_CHECK(Lobe::global_to_local(*this, normal).z > -1.0,
                  "AnisotropicReflectionRayGenerator::compute_ray: normal opposite to the shading "
                  "normal");
   double const spread = Lobe::spread_of_normal(*this, normal);
@@ -54,28 +54,23 @@ void AnisotropicReflectionRayGenerator::compute_ray(GMathVec3<double> const& nor
   create_ray(mirror(incoming, normal, -dot(normal, incoming)), normal, spread, ray);
 }
 
-void AnisotropicReflectionRayGenerator::compute_local_normal(GMathVec2<double> const& sample,
-                                                             GMathVec3<double>& local_normal,
-                                                             double& spread) const {
-  Lobe::compute_local_normal(*this, sample, local_normal, spread);
-}
-
-void AnisotropicReflectionRayGenerator::create_ray(GMathVec2<double> const& sample,
+bool AnisotropicReflectionRayGenerator::create_ray(GMathVec2<double> const& sample,
                                                    GMathRay& ray) const {
   GMathVec3<double> local;
   double spread;
-  compute_local_normal(sample, local, spread);
-  GMathVec3<double> normal = local_to_global(local);
+  Lobe::compute_local_normal(*this, sample, local, spread);
+  GMathVec3<double> normal = Lobe::local_to_global(*this, local);
   GMathVec3<double> const& incoming = m_incoming_ray.m_direction;
   double d = -dot(normal, incoming);
   GMathVec3<double> direction = mirror(incoming, normal, d);
   if (!(d > 0.0 && dot(direction, m_geometric_normal) > 0.0)) {
     Lobe::turn_half(local);
-    normal = local_to_global(local);
+    normal = Lobe::local_to_global(*this, local);
     d = -dot(normal, incoming);
     direction = mirror(incoming, normal, d);
   }
   create_ray(direction, normal, spread, ray);
+  return true;
 }
 
 void AnisotropicReflectionRayGenerator::create_ray(GMathVec3<double> const& direction,
@@ -91,64 +86,19 @@ void AnisotropicReflectionRayGenerator::create_ray(GMathVec3<double> const& dire
                    });
 }
 
-GMathVec3<double> AnisotropicReflectionRayGenerator::safe_normalize(GMathVec3<double> const& v,
-                                                                    double const& eps) {
-  return ::safe_normalize(v, eps);
-}
-
-GMathVec3<double> AnisotropicReflectionRayGenerator::local_to_global(
-    GMathVec3<double> const& local) const {
-  return Lobe::local_to_global(*this, local);
-}
-
-GMathVec3<double> AnisotropicReflectionRayGenerator::global_to_local(
-    GMathVec3<double> const& global) const {
-  return Lobe::global_to_local(*this, global);
-}
-
-bool AnisotropicReflectionRayGenerator::get_ray_callback(
-    AnisotropicReflectionRayGenerator const& generator, GMathVec2<double> const& sample,
-    GMathRay& ray, double* weight) {
-  SAMPLING_CHECK(in_unit_square(sample),
-                 "AnisotropicReflectionRayGenerator::get_ray: sample outside [0,1]^2");
-  generator.create_ray(sample, ray);
-  store_unit_weight(weight);
-  return true;
-}
-
-unsigned int AnisotropicReflectionRayGenerator::get_rays_callback(
-    AnisotropicReflectionRayGenerator const& generator, GMathVec2<double> const* samples,
-    unsigned int const& count, GMathRay* rays, double* weights) {
-  SAMPLING_CHECK(count == 0 || (samples && rays),
-                 "AnisotropicReflectionRayGenerator::get_rays: null sample or ray array");
-  for (unsigned int i = 0; i < count; ++i) {
-    SAMPLING_CHECK(in_unit_square(samples[i]),
-                   "AnisotropicReflectionRayGenerator::get_rays: sample outside [0,1]^2");
-    generator.create_ray(samples[i], rays[i]);
-  }
-  store_unit_weights(weights, count);
-  return count;
-}
-
-void AnisotropicReflectionRayGenerator::get_frustum_callback(
-    AnisotropicReflectionRayGenerator const&, GMathVec2<double> const&, GMathVec2<double> const&,
-    GMathFrustum& frustum) {
-  frustum.m_plane_count = 0;
-}
-
 double AnisotropicReflectionRayGenerator::pdf(GMathVec3<double> const& direction) const {
   GMathVec3<double> const& incoming = m_incoming_ray.m_direction;
   GMathVec3<double> const half = ::safe_normalize(direction - incoming, k_ray_normalize_epsilon);
   double const jacobian = 4.0 * std::fabs(dot(direction, half));
   if (!(jacobian > 0.0))
     return 0.0;
-  GMathVec3<double> local = global_to_local(half);
+  GMathVec3<double> local = Lobe::global_to_local(*this, half);
   double ways = local.z > 0.0 && dot(direction, m_geometric_normal) > 0.0 ? 1.0 : 0.0;
   if (!(local.z > 0.0))
     local = -local;
   GMathVec3<double> first = local;
   Lobe::turn_half(first);
-  GMathVec3<double> const normal = local_to_global(first);
+  GMathVec3<double> const normal = Lobe::local_to_global(*this, first);
   double const d = -dot(normal, incoming);
   if (!(d > 0.0 && dot(mirror(incoming, normal, d), m_geometric_normal) > 0.0))
     ways += 1.0;

@@ -34,8 +34,8 @@ inline bool enters(double const& c, GMathVec3<double> const& direction,
 }  // namespace
 
 AnisotropicRefractionRayGenerator::AnisotropicRefractionRayGenerator() {
-  set_callbacks<AnisotropicRefractionRayGenerator, &get_ray_callback, &get_rays_callback,
-                &get_frustum_callback>();
+  set_callbacks<AnisotropicRefractionRayGenerator, &Lobe::get_ray, &Lobe::get_rays,
+                &Lobe::get_frustum>();
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
   static_assert(offsetof(AnisotropicRefractionRayGenerator, m_incoming_ray) == 24,
@@ -64,7 +64,7 @@ bool AnisotropicRefractionRayGenerator::compute_ray(GMathVec3<double> const& nor
                                                     GMathRay& ray) const {
   SAMPLING_CHECK(std::fabs(dot(normal, normal) - 1.0) <= 1e-3,
                  "AnisotropicRefractionRayGenerator::compute_ray: normal not of unit length");
-  SAMPLING_CHECK(global_to_local(normal).z > -1.0,
+  SAMPLING_CHECK(Lobe::global_to_local(*this, normal).z > -1.0,
                  "AnisotropicRefractionRayGenerator::compute_ray: normal opposite to the shading "
                  "normal");
   double c;
@@ -75,24 +75,18 @@ bool AnisotropicRefractionRayGenerator::compute_ray(GMathVec3<double> const& nor
   return true;
 }
 
-void AnisotropicRefractionRayGenerator::compute_local_normal(GMathVec2<double> const& sample,
-                                                             GMathVec3<double>& local_normal,
-                                                             double& spread) const {
-  Lobe::compute_local_normal(*this, sample, local_normal, spread);
-}
-
 bool AnisotropicRefractionRayGenerator::create_ray(GMathVec2<double> const& sample,
                                                    GMathRay& ray) const {
   GMathVec3<double> local;
   double spread;
-  compute_local_normal(sample, local, spread);
-  GMathVec3<double> normal = local_to_global(local);
+  Lobe::compute_local_normal(*this, sample, local, spread);
+  GMathVec3<double> normal = Lobe::local_to_global(*this, local);
   double c;
   GMathVec3<double> direction;
   refract(m_incoming_ray.m_direction, normal, m_eta, c, direction);
   if (!enters(c, direction, m_geometric_normal)) {
     Lobe::turn_half(local);
-    normal = local_to_global(local);
+    normal = Lobe::local_to_global(*this, local);
     refract(m_incoming_ray.m_direction, normal, m_eta, c, direction);
     if (!enters(c, direction, m_geometric_normal))
       return false;
@@ -121,51 +115,6 @@ void AnisotropicRefractionRayGenerator::create_ray(GMathVec3<double> const& dire
                    });
 }
 
-GMathVec3<double> AnisotropicRefractionRayGenerator::safe_normalize(GMathVec3<double> const& v,
-                                                                    double const& eps) {
-  return ::safe_normalize(v, eps);
-}
-
-GMathVec3<double> AnisotropicRefractionRayGenerator::local_to_global(
-    GMathVec3<double> const& local) const {
-  return Lobe::local_to_global(*this, local);
-}
-
-GMathVec3<double> AnisotropicRefractionRayGenerator::global_to_local(
-    GMathVec3<double> const& global) const {
-  return Lobe::global_to_local(*this, global);
-}
-
-bool AnisotropicRefractionRayGenerator::get_ray_callback(
-    AnisotropicRefractionRayGenerator const& generator, GMathVec2<double> const& sample,
-    GMathRay& ray, double* weight) {
-  SAMPLING_CHECK(in_unit_square(sample),
-                 "AnisotropicRefractionRayGenerator::get_ray: sample outside [0,1]^2");
-  store_unit_weight(weight);
-  return generator.create_ray(sample, ray);
-}
-
-unsigned int AnisotropicRefractionRayGenerator::get_rays_callback(
-    AnisotropicRefractionRayGenerator const& generator, GMathVec2<double> const* samples,
-    unsigned int const& count, GMathRay* rays, double* weights) {
-  SAMPLING_CHECK(count == 0 || (samples && rays),
-                 "AnisotropicRefractionRayGenerator::get_rays: null sample or ray array");
-  unsigned int produced = 0;
-  for (unsigned int i = 0; i < count; ++i) {
-    SAMPLING_CHECK(in_unit_square(samples[i]),
-                   "AnisotropicRefractionRayGenerator::get_rays: sample outside [0,1]^2");
-    produced += generator.create_ray(samples[i], rays[produced]) ? 1u : 0u;
-  }
-  store_unit_weights(weights, produced);
-  return produced;
-}
-
-void AnisotropicRefractionRayGenerator::get_frustum_callback(
-    AnisotropicRefractionRayGenerator const&, GMathVec2<double> const&, GMathVec2<double> const&,
-    GMathFrustum& frustum) {
-  frustum.m_plane_count = 0;
-}
-
 double AnisotropicRefractionRayGenerator::pdf(GMathVec3<double> const& direction) const {
   GMathVec3<double> const& incoming = m_incoming_ray.m_direction;
   GMathVec3<double> const bend = incoming * m_eta - direction;
@@ -173,7 +122,7 @@ double AnisotropicRefractionRayGenerator::pdf(GMathVec3<double> const& direction
   if (dot(half, incoming) > 0.0)
     half = -half;
   double const cosine = -dot(direction, half);
-  GMathVec3<double> const local = global_to_local(half);
+  GMathVec3<double> const local = Lobe::global_to_local(*this, half);
   if (!(cosine > 0.0) || !enters(-dot(half, incoming), direction, m_geometric_normal) ||
       !(local.z > 0.0))
     return 0.0;
@@ -181,7 +130,7 @@ double AnisotropicRefractionRayGenerator::pdf(GMathVec3<double> const& direction
   Lobe::turn_half(first);
   double c;
   GMathVec3<double> transmitted;
-  refract(incoming, local_to_global(first), m_eta, c, transmitted);
+  refract(incoming, Lobe::local_to_global(*this, first), m_eta, c, transmitted);
   double const ways = enters(c, transmitted, m_geometric_normal) ? 1.0 : 2.0;
   return ways * Lobe::normal_pdf(*this, local) * cosine / dot(bend, bend);
 }

@@ -100,12 +100,9 @@ class SAMPLING_API AnisotropicRefractionRayGenerator : public SampleRayGenerator
       default;
 
  private:
+  // The shared lobe: frame, sampling, ray builder and the three callbacks.
   friend struct AnisotropicLobe<AnisotropicRefractionRayGenerator>;
 
-  // Half-vector sampling: `sample` to the local normal (x along T, y along B,
-  // z along N) and the tangent of the lobe's spread there.
-  SAMPLING_LOCAL void compute_local_normal(GMathVec2<double> const& sample,
-                                           GMathVec3<double>& local_normal, double& spread) const;
   // The ray of one sample: sampled normal, refraction, side tests, retry.
   // Returns false, writing nothing, when both normals fail.
   SAMPLING_LOCAL bool create_ray(GMathVec2<double> const& sample, GMathRay& ray) const;
@@ -113,22 +110,6 @@ class SAMPLING_API AnisotropicRefractionRayGenerator : public SampleRayGenerator
   SAMPLING_LOCAL void create_ray(GMathVec3<double> const& direction,
                                  GMathVec3<double> const& normal, double const& spread,
                                  GMathRay& ray) const;
-  // v / |v| when |v| > eps, else zero.
-  SAMPLING_LOCAL static GMathVec3<double> safe_normalize(GMathVec3<double> const& v,
-                                                         double const& eps);
-  // Local frame (T, B, N) to world and back.
-  SAMPLING_LOCAL GMathVec3<double> local_to_global(GMathVec3<double> const& local) const;
-  SAMPLING_LOCAL GMathVec3<double> global_to_local(GMathVec3<double> const& global) const;
-
-  SAMPLING_LOCAL static bool get_ray_callback(AnisotropicRefractionRayGenerator const& generator,
-                                              GMathVec2<double> const& sample, GMathRay& ray,
-                                              double* weight);
-  SAMPLING_LOCAL static unsigned int get_rays_callback(
-      AnisotropicRefractionRayGenerator const& generator, GMathVec2<double> const* samples,
-      unsigned int const& count, GMathRay* rays, double* weights);
-  SAMPLING_LOCAL static void get_frustum_callback(
-      AnisotropicRefractionRayGenerator const& generator, GMathVec2<double> const& corner0,
-      GMathVec2<double> const& corner1, GMathFrustum& frustum);
 
   GMathRay m_incoming_ray;
   GMathVec3<double> m_tangent;

@@ -4,10 +4,16 @@
 
 #include "sampling/angles.h"
 #include "sampling/checks.h"
+#include "sampling/rays/ray_lanes.h"
 #include "sampling/rays/ray_math.h"
 #include "sampling/warps/concentric_map.h"
 
 namespace {
+
+// The clipping modes of create_rays.
+constexpr int k_mode_plain = 0;
+constexpr int k_mode_discard = 1;
+constexpr int k_mode_project = 2;
 
 // Fraction of each side normal's length by which it is tilted towards the
 // centroid of the corner directions, turning every side plane outward.
@@ -212,6 +218,13 @@ void CosineWeightedHemisphereRayGenerator::create_ray_project(GMathVec2<double> 
                                                               GMathRay& ray) const {
   GMathVec3<double> w, u, v;
   warp_sample(sample, w, u, v);
+  create_ray_project(w, u, v, ray);
+}
+
+inline void CosineWeightedHemisphereRayGenerator::create_ray_project(GMathVec3<double> const& w,
+                                                                     GMathVec3<double> const& u,
+                                                                     GMathVec3<double> const& v,
+                                                                     GMathRay& ray) const {
   GMathVec3<double> const& n = m_clip_normal;
   double const d = dot(w, n);
   if (d >= 0.0) {
@@ -226,6 +239,86 @@ void CosineWeightedHemisphereRayGenerator::create_ray_project(GMathVec2<double> 
   create_ray(w_flat, u_flat, v_flat, ray);
 }
 
+// Two samples at a time (ray_lanes::for_each_pair): the concentric map, the
+// warp, the differential directions and the ray's derived fields in lanes,
+// the sine and cosine per sample in between; an odd last sample, and every
+// sample without SSE2, through the one-sample builders. In project mode a
+// ray below the plane is projected from its lane values.
+inline unsigned int CosineWeightedHemisphereRayGenerator::create_rays(
+    GMathVec2<double> const* samples, unsigned int const& count, GMathRay* rays,
+    int const& mode) const {
+  unsigned int written = 0;
+  unsigned int i = 0;
+#if defined(SAMPLING_RAY_LANES)
+  using namespace ray_lanes;
+  // The record's fields in lanes, once: the ray stores could alias the
+  // record, which would force them to be read again per pair.
+  SharedFields const shared = shared_fields(m_middle_ray);
+  Matrix const frame(m_matrix);
+  Lanes const sin_h = splat(m_sin[0]);
+  Lanes const cos_x = splat(m_cos[1]), sin_x = splat(m_sin[1]);
+  Lanes const cos_y = splat(m_cos[2]), sin_y = splat(m_sin[2]);
+  Vec const clip_normal = splat(m_clip_normal);
+  i = for_each_pair(
+      samples, count,
+      [](Lanes const& u, Lanes const& v, Lanes& radius) {
+        Lanes angle;
+        ray_lanes::to_unit_disk(u, v, radius, angle);
+        return angle;
+      },
+      [&](unsigned int const& first, Lanes const& radius, Lanes const& cos_phi,
+          Lanes const& sin_phi) {
+        check_sample(samples[first]);
+        check_sample(samples[first + 1]);
+        Lanes const s = radius * sin_h;
+        Lanes const c = _mm_sqrt_pd(splat(1.0) - s * s);
+        Vec const w = frame.transform_vector(Vec{cos_phi * s, sin_phi * s, c});
+        Vec rx = w, ry = w, tangent_u = w, tangent_v = w;
+        if (shared.differentials || mode == k_mode_project) {
+          tangent_u = frame.transform_vector(Vec{negate(sin_phi), cos_phi, splat(0.0)});
+          tangent_v = frame.transform_vector(Vec{negate(c) * cos_phi, negate(c) * sin_phi, s});
+          rx = combine(w, cos_x, tangent_u, sin_x);
+          ry = combine(w, cos_y, tangent_v, sin_y);
+        }
+        GMathRay* ray0 = rays + written;
+        GMathRay* ray1 = rays + written + 1;
+        if (mode != k_mode_plain) {
+          Lanes const along = ray_lanes::dot(w, clip_normal);
+          if (mode == k_mode_discard) {
+            int const above = _mm_movemask_pd(_mm_cmpgt_pd(along, _mm_setzero_pd()));
+            ray0 = (above & 1) ? rays + written : nullptr;
+            ray1 = (above & 2) ? rays + written + (above & 1) : nullptr;
+            written += static_cast<unsigned int>((above & 1) + (above >> 1));
+            write_rays(shared, w, rx, ry, ray0, ray1);
+            return;
+          }
+          // Not at or above the plane (a NaN projects, as in the one-sample path).
+          int const below = ~_mm_movemask_pd(_mm_cmpge_pd(along, _mm_setzero_pd()));
+          if (below & 1) {
+            create_ray_project(lane<0>(w), lane<0>(tangent_u), lane<0>(tangent_v), *ray0);
+            ray0 = nullptr;
+          }
+          if (below & 2) {
+            create_ray_project(lane<1>(w), lane<1>(tangent_u), lane<1>(tangent_v), *ray1);
+            ray1 = nullptr;
+          }
+        }
+        written += 2;
+        write_rays(shared, w, rx, ry, ray0, ray1);
+      });
+#endif
+  for (; i < count; ++i) {
+    if (mode == k_mode_discard) {
+      written += create_ray_discard(samples[i], rays[written]);
+    } else if (mode == k_mode_project) {
+      create_ray_project(samples[i], rays[written++]);
+    } else {
+      create_ray(samples[i], rays[written++]);
+    }
+  }
+  return written;
+}
+
 bool CosineWeightedHemisphereRayGenerator::get_ray_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const& sample,
     GMathRay& ray, double* weight) {
@@ -234,21 +327,17 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_callback(
   return true;
 }
 
+// Each get_rays works on a local copy of the record: the ray stores could
+// alias the caller's record, which would force its fields to be read again
+// per ray; a local cannot be aliased.
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
   check_arrays(samples, count, rays);
-  // A local copy of the record: the ray stores could alias the caller's
-  // record, which would force its fields to be read again per ray; a local
-  // cannot be aliased.
   CosineWeightedHemisphereRayGenerator const local = generator;
-  for (unsigned int i = 0; i < count; ++i) {
-    GMathVec3<double> w, u, v;
-    local.warp_sample(samples[i], w, u, v);
-    local.create_ray(w, u, v, rays[i]);
-  }
-  store_unit_weights(weights, count);
-  return count;
+  unsigned int const written = local.create_rays(samples, count, rays, k_mode_plain);
+  store_unit_weights(weights, written);
+  return written;
 }
 
 bool CosineWeightedHemisphereRayGenerator::get_ray_discard_callback(
@@ -263,16 +352,8 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_discard_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
   check_arrays(samples, count, rays);
-  unsigned int written = 0;
-  CosineWeightedHemisphereRayGenerator const local = generator;  // as in get_rays
-  for (unsigned int i = 0; i < count; ++i) {
-    GMathVec3<double> w, u, v;
-    local.warp_sample(samples[i], w, u, v);
-    if (dot(w, local.m_clip_normal) > 0.0) {
-      local.create_ray(w, u, v, rays[written]);
-      ++written;
-    }
-  }
+  CosineWeightedHemisphereRayGenerator const local = generator;
+  unsigned int const written = local.create_rays(samples, count, rays, k_mode_discard);
   store_unit_weights(weights, written);
   return written;
 }
@@ -289,11 +370,10 @@ unsigned int CosineWeightedHemisphereRayGenerator::get_rays_project_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
   check_arrays(samples, count, rays);
-  CosineWeightedHemisphereRayGenerator const local = generator;  // as in get_rays
-  for (unsigned int i = 0; i < count; ++i)
-    local.create_ray_project(samples[i], rays[i]);
-  store_unit_weights(weights, count);
-  return count;
+  CosineWeightedHemisphereRayGenerator const local = generator;
+  unsigned int const written = local.create_rays(samples, count, rays, k_mode_project);
+  store_unit_weights(weights, written);
+  return written;
 }
 
 // The disk point of radius r sin h has density 1 / (pi' sin^2 h) per unit

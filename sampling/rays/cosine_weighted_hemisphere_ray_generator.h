@@ -123,6 +123,17 @@ class SAMPLING_API CosineWeightedHemisphereRayGenerator : public SampleRayGenera
                                                  GMathRay& ray) const;
   // Writes the sample's ray, projected onto the clipping plane when below it.
   SAMPLING_LOCAL void create_ray_project(GMathVec2<double> const& sample, GMathRay& ray) const;
+  // The same from the sample's direction W and tangents U and V.
+  SAMPLING_LOCAL void create_ray_project(GMathVec3<double> const& direction,
+                                         GMathVec3<double> const& tangent_u,
+                                         GMathVec3<double> const& tangent_v, GMathRay& ray) const;
+  // The rays of samples[0..count-1] in plain (0), discard (1) or project (2)
+  // mode, each as the one-sample builder above writes it, packed at the
+  // front in discard mode; two at a time in SSE2 lanes where available.
+  // Returns the number written.
+  SAMPLING_LOCAL unsigned int create_rays(GMathVec2<double> const* samples,
+                                          unsigned int const& count, GMathRay* rays,
+                                          int const& mode) const;
 
   SAMPLING_LOCAL static bool get_ray_callback(CosineWeightedHemisphereRayGenerator const& generator,
                                               GMathVec2<double> const& sample, GMathRay& ray,

@@ -69,6 +69,34 @@ inline void DiskRayGenerator::aim_differentials(GMathVec3<double> const& to_samp
   Family::aim_two_sided(*this, to_sample, differential);
 }
 
+#if defined(SAMPLING_RAY_LANES)
+// local_point two at a time: the concentric map in lanes, the sine and
+// cosine per sample (ray_lanes::for_each_pair).
+template <typename Build>
+inline unsigned int DiskRayGenerator::for_each_local_pair(GMathVec2<double> const* samples,
+                                                          unsigned int const& count,
+                                                          Build const& build) const {
+  using namespace ray_lanes;
+  Lanes const scale = splat(m_radius);
+  return for_each_pair(
+      samples, count,
+      [](Lanes const& u, Lanes const& v, Lanes& r) {
+        Lanes angle;
+        ray_lanes::to_unit_disk(u, v, r, angle);
+        return angle;
+      },
+      [&](unsigned int const& first, Lanes const& r, Lanes const& c, Lanes const& s) {
+        build(first, Vec{c * r * scale, s * r * scale, splat(0.0) * scale});
+      });
+}
+
+template <typename LaneVec>
+inline void DiskRayGenerator::aim_differential_lanes(LaneVec const& to_sample, LaneVec& rx,
+                                                     LaneVec& ry) const {
+  Family::aim_two_sided_lanes(*this, to_sample, rx, ry);
+}
+#endif
+
 void DiskRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
                                   double& distance) const {
   Family::build_ray(*this, to_sample, ray, distance);

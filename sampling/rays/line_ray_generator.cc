@@ -60,6 +60,28 @@ inline void LineRayGenerator::aim_differentials(GMathVec3<double> const& to_samp
   differential.m_ry_direction = aim_displaced(to_sample, cross(m_differential_delta, to_sample));
 }
 
+#if defined(SAMPLING_RAY_LANES)
+template <typename Build>
+inline unsigned int LineRayGenerator::for_each_local_pair(GMathVec2<double> const* samples,
+                                                          unsigned int const& count,
+                                                          Build const& build) const {
+  using namespace ray_lanes;
+  return for_each_sample_pair(samples, count,
+                              [&](unsigned int const& first, Lanes const& u, Lanes const&) {
+                                build(first, Vec{u - splat(0.5), splat(0.0), splat(0.0)});
+                              });
+}
+
+template <typename LaneVec>
+inline void LineRayGenerator::aim_differential_lanes(LaneVec const& to_sample, LaneVec& rx,
+                                                     LaneVec& ry) const {
+  ray_lanes::Vec const delta = ray_lanes::splat(m_differential_delta);
+  rx = ray_lanes::safe_normalize(to_sample + delta, k_ray_normalize_epsilon);
+  ry = ray_lanes::safe_normalize(to_sample + ray_lanes::cross(delta, to_sample),
+                                 k_ray_normalize_epsilon);
+}
+#endif
+
 void LineRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
                                   double& distance) const {
   Family::build_ray(*this, to_sample, ray, distance);

@@ -107,6 +107,15 @@ class SAMPLING_API LineRayGenerator : public SampleRayGenerator {
                                                               unsigned int const& k) const;
   SAMPLING_LOCAL inline void aim_differentials(GMathVec3<double> const& to_sample,
                                                GMathRayDifferential& differential) const;
+  // The family's lane hooks (shape_ray_family.h): the local points of the
+  // samples two at a time, and aim_differentials, in lanes.
+  template <typename Build>
+  SAMPLING_LOCAL unsigned int for_each_local_pair(GMathVec2<double> const* samples,
+                                                  unsigned int const& count,
+                                                  Build const& build) const;
+  template <typename LaneVec>
+  SAMPLING_LOCAL void aim_differential_lanes(LaneVec const& to_sample, LaneVec& rx,
+                                             LaneVec& ry) const;
 
   // The frustum of a sample box: see docs/rays.md, "Shape generators".
   SAMPLING_LOCAL static void get_frustum_callback(LineRayGenerator const& g,

@@ -54,6 +54,25 @@ inline void PlaneRayGenerator::aim_differentials(GMathVec3<double> const& to_sam
   Family::aim_two_sided(*this, to_sample, differential);
 }
 
+#if defined(SAMPLING_RAY_LANES)
+template <typename Build>
+inline unsigned int PlaneRayGenerator::for_each_local_pair(GMathVec2<double> const* samples,
+                                                           unsigned int const& count,
+                                                           Build const& build) const {
+  using namespace ray_lanes;
+  return for_each_sample_pair(samples, count,
+                              [&](unsigned int const& first, Lanes const& u, Lanes const& v) {
+                                build(first, Vec{u - splat(0.5), v - splat(0.5), splat(0.0)});
+                              });
+}
+
+template <typename LaneVec>
+inline void PlaneRayGenerator::aim_differential_lanes(LaneVec const& to_sample, LaneVec& rx,
+                                                      LaneVec& ry) const {
+  Family::aim_two_sided_lanes(*this, to_sample, rx, ry);
+}
+#endif
+
 void PlaneRayGenerator::create_ray(GMathVec3<double> const& to_sample, GMathRay& ray,
                                    double& distance) const {
   Family::build_ray(*this, to_sample, ray, distance);

@@ -8,6 +8,7 @@
 #include "platform/math/gmath_vec2.h"
 #include "platform/math/gmath_vec3.h"
 #include "sampling/checks.h"
+#include "sampling/rays/ray_lanes.h"
 #include "sampling/rays/ray_math.h"
 #include "sampling/rays/shape_ray_math.h"
 
@@ -30,6 +31,11 @@
 //   void aim_differentials(GMathVec3<double> const& to_sample,
 //                          GMathRayDifferential& differential) const;
 //       the two auxiliary directions of the ray towards to_sample.
+//   unsigned int for_each_local_pair(samples, count, build) const;
+//       the local points of the samples two at a time as lanes, handed to
+//       build(first, points); returns the samples walked (ray_lanes.h);
+//   void aim_differential_lanes(to_sample, rx, ry) const;
+//       aim_differentials in lanes.
 // Those hooks are defined inline in the generator's source, the only place
 // where this template is instantiated, so every path inlines them.
 template <typename G>
@@ -92,6 +98,63 @@ struct ShapeRayFamily {
     }
   }
 
+#if defined(SAMPLING_RAY_LANES)
+  // aim_two_sided in lanes.
+  static void aim_two_sided_lanes(G const& g, ray_lanes::Vec const& to_sample, ray_lanes::Vec& rx,
+                                  ray_lanes::Vec& ry) {
+    rx = ray_lanes::safe_normalize(to_sample + ray_lanes::splat(g.m_differential_delta_x),
+                                   k_ray_normalize_epsilon);
+    ry = ray_lanes::safe_normalize(to_sample + ray_lanes::splat(g.m_differential_delta_y),
+                                   k_ray_normalize_epsilon);
+  }
+
+  // The rays of get_rays (all samples) or get_rays_discard (those that pass
+  // the clip test, packed) two at a time: to_sample, build_ray and the clip
+  // test in lanes, each distance into `weights` beside its ray when it is
+  // not null. Sets `written` to the rays written and returns the samples
+  // walked; an odd last sample is left to the caller.
+  static unsigned int build_rays_in_lanes(G const& g, GMathVec2<double> const* samples,
+                                          unsigned int const& count, GMathRay* rays,
+                                          double* weights, bool const& discard,
+                                          unsigned int& written) {
+    using namespace ray_lanes;
+    SharedFields const shared =
+        shared_fields(g.m_ray_origin, g.m_ray_type, g.m_ray_time, g.m_differentials_enabled);
+    Matrix const frame(g.m_frame);
+    Vec const origin = splat(g.m_ray_origin);
+    Vec const clip_normal = splat(g.m_clip_normal);
+    unsigned int n = 0;
+    unsigned int const walked =
+        g.for_each_local_pair(samples, count, [&](unsigned int const& first, Vec const& local) {
+          (void)first;  // read by the checks only
+          SAMPLING_CHECK(in_unit_square(samples[first]) && in_unit_square(samples[first + 1]),
+                         "shape ray generator: sample outside [0,1]^2");
+          Vec const to_sample = frame.transform_point(local) - origin;
+          Lanes const distance = length(to_sample);
+          Vec const direction = to_sample * (splat(1.0) / distance);
+          Vec rx = direction, ry = direction;
+          if (shared.differentials)
+            g.aim_differential_lanes(to_sample, rx, ry);
+          int keep = 3;
+          if (discard)
+            keep = _mm_movemask_pd(_mm_cmpgt_pd(dot(to_sample, clip_normal), _mm_setzero_pd()));
+          // Only the rays kept (a discarded sample may aim at the origin).
+          SAMPLING_CHECK((_mm_movemask_pd(_mm_cmpeq_pd(distance, _mm_setzero_pd())) & keep) == 0,
+                         "shape ray generator: the ray origin lies on the shape");
+          GMathRay* const ray0 = (keep & 1) ? rays + n : nullptr;
+          GMathRay* const ray1 = (keep & 2) ? rays + n + (keep & 1) : nullptr;
+          if (weights && (keep & 1))
+            store_lane<0>(distance, weights[n]);
+          if (weights && (keep & 2))
+            store_lane<1>(distance, weights[n + (keep & 1)]);
+          n += static_cast<unsigned int>((keep & 1) + (keep >> 1));
+          write_rays(shared, direction, rx, ry, ray0, ray1);
+        });
+    written = n;
+    return walked;
+  }
+#endif
+
   // True when the shape's point lies strictly on the side of the clip plane
   // into which m_clip_normal points.
   static bool passes_clip(G const& g, GMathVec3<double> const& to_sample) {
@@ -127,7 +190,8 @@ struct ShapeRayFamily {
   // With a weight array the target is computed here and the distance goes
   // straight into the array beside its ray; without one each sample goes
   // through the sample builder with a scratch distance. Both paths give the
-  // same rays, bit for bit.
+  // same rays, bit for bit. Pairs of samples go through build_rays_in_lanes
+  // first where SSE2 is available.
   static unsigned int get_rays(G const& g, GMathVec2<double> const* samples,
                                unsigned int const& count, GMathRay* rays, double* weights) {
     SAMPLING_CHECK(count == 0 || (samples && rays),
@@ -138,12 +202,17 @@ struct ShapeRayFamily {
     // could alias the caller's record, which would force every field to be
     // read again per ray; a local cannot be aliased.
     G const local = g;
+    unsigned int i = 0;
+#if defined(SAMPLING_RAY_LANES)
+    unsigned int written;
+    i = build_rays_in_lanes(local, samples, count, rays, weights, false, written);
+#endif
     if (weights) {
-      for (unsigned int i = 0; i < count; ++i)
+      for (; i < count; ++i)
         local.create_ray(to_sample(local, samples[i]), rays[i], weights[i]);
     } else {
       double scratch;
-      for (unsigned int i = 0; i < count; ++i)
+      for (; i < count; ++i)
         local.create_ray(samples[i], rays[i], scratch);
     }
     return count;
@@ -151,15 +220,19 @@ struct ShapeRayFamily {
 
   // Rays of the samples that pass the clip test, packed at the front in
   // sample order, each distance beside its ray; entries from the returned
-  // count on are not touched. The two paths as in get_rays.
+  // count on are not touched. The paths as in get_rays.
   static unsigned int get_rays_discard(G const& g, GMathVec2<double> const* samples,
                                        unsigned int const& count, GMathRay* rays, double* weights) {
     SAMPLING_CHECK(count == 0 || (samples && rays),
                    "shape ray generator get_rays: null sample or ray array");
     unsigned int n = 0;
+    unsigned int i = 0;
     G const local = g;  // as in get_rays
+#if defined(SAMPLING_RAY_LANES)
+    i = build_rays_in_lanes(local, samples, count, rays, weights, true, n);
+#endif
     if (weights) {
-      for (unsigned int i = 0; i < count; ++i) {
+      for (; i < count; ++i) {
         GMathVec3<double> const t = to_sample(local, samples[i]);
         if (passes_clip(local, t)) {
           local.create_ray(t, rays[n], weights[n]);
@@ -168,7 +241,7 @@ struct ShapeRayFamily {
       }
     } else {
       double scratch;
-      for (unsigned int i = 0; i < count; ++i)
+      for (; i < count; ++i)
         n += local.create_ray_discard(samples[i], rays[n], scratch);
     }
     return n;

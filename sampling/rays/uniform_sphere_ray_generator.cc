@@ -5,6 +5,7 @@
 #include "platform/math/gmath_ray_differential.h"
 #include "sampling/angles.h"
 #include "sampling/checks.h"
+#include "sampling/rays/ray_lanes.h"
 #include "sampling/rays/shape_ray_math.h"
 #include "sampling/sampling.h"
 #include "sampling/warps/polar_warp.h"
@@ -95,9 +96,34 @@ unsigned int UniformSphereRayGenerator::get_rays_callback(UniformSphereRayGenera
                  "UniformSphereRayGenerator get_rays: null sample or ray array");
   // The warp runs inline (polar_warp.h), the same arithmetic as
   // Sampling::sphere_uniform without a call per ray; the record's fields are
-  // read once.
+  // read once. Two rays at a time in lanes (ray_lanes.h): z, the projected
+  // radius, the frame, the differential directions and the derived ray
+  // fields; the sine and cosine of the azimuth per ray.
   RayConstants const constants(g);
-  for (unsigned int i = 0; i < count; ++i) {
+  unsigned int i = 0;
+#if defined(SAMPLING_RAY_LANES)
+  using namespace ray_lanes;
+  SharedFields const shared = shared_fields(constants.origin, constants.type, constants.time, true);
+  Lanes const cos_x = splat(constants.cos_x), sin_x = splat(constants.sin_x);
+  Lanes const cos_y = splat(constants.cos_y), sin_y = splat(constants.sin_y);
+  i = for_each_pair(
+      samples, count,
+      [](Lanes const& u, Lanes const& v, Lanes& kept_u) {
+        kept_u = u;
+        return splat(k_sampling_two_pi) * v;
+      },
+      [&](unsigned int const& first, Lanes const& u, Lanes const& cos_phi, Lanes const& sin_phi) {
+        // sphere_uniform's z and projected radius, then polar_frame.
+        Lanes const z = splat(1.0) - u * splat(2.0);
+        Lanes const rho = _mm_sqrt_pd(splat(1.0) - z * z);
+        Vec const direction{cos_phi * rho, sin_phi * rho, z};
+        Vec const tangent{negate(sin_phi), cos_phi, splat(0.0)};
+        Vec const bitangent{negate(z) * cos_phi, negate(z) * sin_phi, rho};
+        write_rays(shared, direction, combine(direction, cos_x, tangent, sin_x),
+                   combine(direction, cos_y, bitangent, sin_y), rays + first, rays + first + 1);
+      });
+#endif
+  for (; i < count; ++i) {
     GMathVec3<double> direction, tangent, bitangent;
     sphere_uniform_frame(samples[i].x, samples[i].y, direction, tangent, bitangent);
     constants.build(direction, tangent, bitangent, rays[i]);
