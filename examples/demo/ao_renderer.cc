@@ -94,6 +94,7 @@ struct AoRenderer::Tile {
 // pixel, never share one.
 struct alignas(64) AoRenderer::ThreadState {
   PixelSampleSets sets;
+  CosineWeightedHemisphereRayGenerator generator;
   std::vector<GMathVec2<double>> camera_samples;
   std::vector<GMathVec2<double>> occlusion_samples;
   std::vector<GMathRay> rays;
@@ -105,7 +106,7 @@ struct alignas(64) AoRenderer::ThreadState {
 
   explicit ThreadState(Settings const& s)
       : camera_samples(s.samples_per_pixel),
-        occlusion_samples(s.occlusion_count),
+        occlusion_samples(static_cast<std::size_t>(s.samples_per_pixel) * s.occlusion_count),
         rays(s.occlusion_count),
         camera_rays(s.samples_per_pixel),
         occlusion_rays(static_cast<std::size_t>(s.samples_per_pixel) * s.occlusion_count),
@@ -260,16 +261,16 @@ void AoRenderer::render_tile(Settings const& settings, Tile const& tile, ThreadS
 
       // Generation: the occlusion samples and rays of every hit.
       t0 = Clock::now();
+      state.sets.occlusion_samples(pixel, state.occlusion_samples.data());
       unsigned int total = 0;
       for (unsigned int s = 0; s < spp; ++s) {
         state.first_ray[s] = total;
         state.ray_count[s] = 0;
         if (state.camera_rays[s].hit.geomID == RTC_INVALID_GEOMETRY_ID)
           continue;
-        state.sets.occlusion_samples(pixel, s, state.occlusion_samples.data());
-        unsigned int const n =
-            occlusion_rays(state.origins[s], state.shading_normals[s], state.geometric_normals[s],
-                           state.occlusion_samples.data(), count, state.rays.data());
+        unsigned int const n = occlusion_rays(
+            state.generator, state.origins[s], state.shading_normals[s], state.geometric_normals[s],
+            &state.occlusion_samples[s * count], count, state.rays.data());
         for (unsigned int k = 0; k < n; ++k) {
           set_ray(state.occlusion_rays[total + k], state.rays[k].m_origin,
                   state.rays[k].m_direction, max_distance);

@@ -1,10 +1,9 @@
 #include "examples/demo/convergence.h"
 
-#include <algorithm>
 #include <cmath>
 #include <fstream>
 
-#include "examples/demo/gallery.h"
+#include "examples/demo/loglog_plot.h"
 #include "examples/demo/pixel_sample_sets.h"
 #include "examples/demo/svg_canvas.h"
 #include "platform/random/grandom_mt.h"
@@ -135,14 +134,6 @@ double bilinear(double x, double y) {
   return (1.0 + 2.0 * x) * (1.0 + y);
 }
 
-// ---- Least squares and plotting -------------------------------------------
-
-std::string format(char const* pattern, double value) {
-  char buffer[64];
-  std::snprintf(buffer, sizeof(buffer), pattern, value);
-  return buffer;
-}
-
 }  // namespace
 
 std::vector<ConvergenceStudy::Sampler> ConvergenceStudy::samplers() {
@@ -241,81 +232,32 @@ bool ConvergenceStudy::write_csv(std::string const& path) const {
 }
 
 bool ConvergenceStudy::write_plots(Gallery& gallery) const {
-  // Plot area inside the canvas's unit square, leaving room for the labels.
-  double const left = 0.11, right = 0.66, bottom = 0.09, top = 0.97;
-  double const log_n0 = std::log10(static_cast<double>(k_min_count));
-  double const log_n1 = std::log10(static_cast<double>(k_max_count));
+  std::vector<double> const counts(m_counts.begin(), m_counts.end());
   for (std::size_t i = 0; i < m_integrands.size(); ++i) {
-    double lo = 1e300, hi = 0.0;
+    LogLogPlot plot(std::string("RMSE against N, log-log: ") + m_integrands[i].name, "samples N",
+                    "RMSE");
     for (std::size_t s = 0; s < m_samplers.size(); ++s) {
+      // Say on the plot where a row ends early (hier_hammersley at 2048).
+      std::vector<double> errors(m_counts.size());
+      unsigned int last = 0;
       for (std::size_t c = 0; c < m_counts.size(); ++c) {
-        double const e = rmse(i, s, c);
-        if (e > 0.0)
-          lo = std::min(lo, e), hi = std::max(hi, e);
+        errors[c] = rmse(i, s, c);
+        last = errors[c] > 0.0 ? m_counts[c] : last;
       }
+      std::string const note =
+          SvgCanvas::format("slope %.2f", slope(i, s)) +
+          (last < k_max_count ? ", N \u2264 " + std::to_string(last) : std::string());
+      plot.add_series(m_samplers[s].name, counts, errors, note);
     }
-    if (!(hi > 0.0))
-      continue;
-    double const y0 = std::floor(std::log10(lo)), y1 = std::ceil(std::log10(hi));
-    auto px = [&](double n) {
-      return left + (std::log10(n) - log_n0) / (log_n1 - log_n0) * (right - left);
-    };
-    auto py = [&](double e) { return bottom + (std::log10(e) - y0) / (y1 - y0) * (top - bottom); };
-
-    SvgCanvas canvas(480, std::string("RMSE against N, log-log: ") + m_integrands[i].name);
-    canvas.box(left, bottom, right, top, "#999", 1.0);
-    for (unsigned int n = k_min_count; n <= k_max_count; n *= 4) {
-      canvas.line(px(n), bottom, px(n), top, "#eee", 1.0);
-      canvas.text(px(n), bottom - 0.04, std::to_string(n), 11, "#333", "middle");
-    }
-    for (double d = y0; d <= y1; d += 1.0) {
-      canvas.line(left, py(std::pow(10.0, d)), right, py(std::pow(10.0, d)), "#eee", 1.0);
-      canvas.text(left - 0.01, py(std::pow(10.0, d)) - 0.01, format("1e%.0f", d), 11, "#333",
-                  "end");
-    }
-    canvas.text(0.5 * (left + right), 0.005, "samples N", 12, "#333", "middle");
-    canvas.text(0.01, 0.5 * (bottom + top), "RMSE", 12, "#333", "start");
-    // Reference slopes -1/2 and -1 from the random sampler's first point.
-    double const e0 = rmse(i, 0, 0);
-    if (e0 > 0.0) {
-      double const n1 = k_max_count;
-      canvas.line(px(k_min_count), py(e0), px(n1), py(e0 * std::sqrt(k_min_count / n1)), "#bbb",
-                  1.0);
-      canvas.text(px(n1) - 0.01, py(e0 * std::sqrt(k_min_count / n1)) + 0.015, "N^-1/2", 10, "#888",
-                  "end");
-      double const e1 = e0 * k_min_count / n1;
-      if (std::log10(e1) > y0) {
-        canvas.line(px(k_min_count), py(e0), px(n1), py(e1), "#bbb", 1.0);
-        canvas.text(px(n1) - 0.01, py(e1) + 0.015, "N^-1", 10, "#888", "end");
-      }
-    }
-    for (std::size_t s = 0; s < m_samplers.size(); ++s) {
-      double prev_n = 0.0, prev_e = 0.0;
-      for (std::size_t c = 0; c < m_counts.size(); ++c) {
-        double const e = rmse(i, s, c);
-        if (!(e > 0.0))
-          continue;
-        double const n = m_counts[c];
-        if (prev_e > 0.0)
-          canvas.line(px(prev_n), py(prev_e), px(n), py(e), SvgCanvas::palette(s), 2.0);
-        canvas.dot(px(n), py(e), 3.0, SvgCanvas::palette(s));
-        prev_n = n;
-        prev_e = e;
-      }
-      // The legend, right of the plot, in the order of the table.
-      double const legend_v = top - 0.02 - 0.05 * s;
-      canvas.line(right + 0.02, legend_v, right + 0.06, legend_v, SvgCanvas::palette(s), 2.0);
-      canvas.text(right + 0.07, legend_v - 0.01, m_samplers[s].name, 11, "#333", "start");
-      canvas.text(right + 0.07, legend_v - 0.032, format("slope %.2f", slope(i, s)), 10, "#777",
-                  "start");
-    }
+    plot.add_guide(-0.5, "N^-1/2");
+    plot.add_guide(-1.0, "N^-1");
     std::string const file = std::string("convergence_") + m_integrands[i].name + ".svg";
-    if (!gallery.save(
-            canvas, file,
+    if (!plot.save(
+            gallery, file,
             std::string("Convergence on the ") + m_integrands[i].description + ": RMSE over " +
                 std::to_string(k_trials) +
-                " seeds against N, one line per sampler; hier_hammersley stops at N = 2048, "
-                "the mode's largest pattern."))
+                " seeds against N, one line per sampler, dashed grey guides of slope -1/2 and "
+                "-1; hier_hammersley stops at N = 2048, the mode's largest pattern."))
       return false;
   }
   return true;

@@ -12,12 +12,12 @@ bool Gallery::save(SvgCanvas const& canvas, std::string const& file, std::string
     m_failed = path;
     return false;
   }
-  add(file, caption);
+  m_entries.push_back(Entry{file, caption, canvas.width() + SvgCanvas::k_margin * 2});
   return true;
 }
 
 void Gallery::add(std::string const& file, std::string const& caption) {
-  m_entries.push_back(Entry{file, caption});
+  m_entries.push_back(Entry{file, caption, 0});
 }
 
 bool Gallery::write_index() const {
@@ -27,14 +27,17 @@ bool Gallery::write_index() const {
     return false;
   out << "<!doctype html>\n<html><head><meta charset=\"utf-8\"><title>sampling demo</title>"
          "<style>body{font-family:sans-serif} figure{display:inline-block;margin:8px;"
-         "width:500px;vertical-align:top} "
+         "vertical-align:top} "
          "figure.wide{width:auto;display:block}</style></head><body>\n<h1>sampling demo</h1>\n";
   for (Entry const& e : m_entries) {
-    // Raster images (the render) at their own size, drawings at one size.
-    bool const raster = e.file.size() > 4 && e.file.compare(e.file.size() - 4, 4, ".png") == 0;
-    out << (raster ? "<figure class=\"wide\"><img src=\"" : "<figure><img src=\"") << e.file
-        << (raster ? "\" style=\"max-width:100%\">" : "\" width=\"500\">") << "<figcaption>"
-        << e.caption << "</figcaption></figure>\n";
+    // Raster images (the render) at their own size, drawings at theirs.
+    if (e.width == 0) {
+      out << "<figure class=\"wide\"><img src=\"" << e.file << "\" style=\"max-width:100%\">";
+    } else {
+      out << "<figure style=\"width:" << e.width << "px\"><img src=\"" << e.file << "\" width=\""
+          << e.width << "\">";
+    }
+    out << "<figcaption>" << e.caption << "</figcaption></figure>\n";
   }
   out << "</body></html>\n";
   out.close();

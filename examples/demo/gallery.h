@@ -25,6 +25,9 @@ class Gallery {
   struct Entry {
     std::string file;
     std::string caption;
+    // Width the index page shows a drawing at, in pixels (its own); 0 for
+    // a raster image, shown at its own size up to the page's width.
+    int width;
   };
   std::vector<Entry> const& entries() const { return m_entries; }
   // Path of the last file that failed to be written.

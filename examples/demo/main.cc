@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -33,6 +34,12 @@
 namespace {
 
 constexpr unsigned int k_max_size = 4096;
+
+typedef std::chrono::steady_clock Clock;
+
+double seconds_since(Clock::time_point const& start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
 constexpr unsigned int k_max_spp = 1024;
 
 struct Options {
@@ -201,15 +208,24 @@ std::string thousands(unsigned long long n) {
 
 bool render_ao(Options const& options, Scene const& scene, double max_distance, Gallery& gallery,
                std::string& error) {
-  AoRenderer renderer;
-  if (!renderer.build(scene, error))
-    return false;
   AoRenderer::Settings settings;
   settings.width = options.width;
   settings.height = options.height;
   settings.samples_per_pixel = options.spp;
   settings.max_distance = max_distance;
   settings.threads = std::min(std::max(std::thread::hardware_concurrency(), 1u), 64u);
+  // The settings first, before the seconds of building and rendering.
+  std::printf(
+      "ambient occlusion: %ux%u pixels, %u samples per pixel, %u occlusion samples per hit, "
+      "%s triangles, %u threads\n",
+      settings.width, settings.height, settings.samples_per_pixel, settings.occlusion_count,
+      thousands(scene.triangle_count()).c_str(), settings.threads);
+  std::fflush(stdout);
+  Clock::time_point const start = Clock::now();
+  AoRenderer renderer;
+  if (!renderer.build(scene, error))
+    return false;
+  double const build_seconds = seconds_since(start);
   std::vector<std::uint8_t> image;
   AoRenderer::Stats stats;
   renderer.render(settings, image, stats);
@@ -217,11 +233,6 @@ bool render_ao(Options const& options, Scene const& scene, double max_distance, 
     return false;
 
   std::uint64_t const rays = stats.camera_rays + stats.occlusion_rays;
-  std::printf(
-      "ambient occlusion: %ux%u pixels, %u samples per pixel, %u occlusion samples per hit, "
-      "%s triangles, %u threads\n",
-      settings.width, settings.height, settings.samples_per_pixel, settings.occlusion_count,
-      thousands(scene.triangle_count()).c_str(), settings.threads);
   std::printf(
       "  rays: %s camera + %s occlusion = %s (%s occlusion samples clipped below the "
       "surface)\n",
@@ -231,7 +242,8 @@ bool render_ao(Options const& options, Scene const& scene, double max_distance, 
               rays / stats.generate_seconds * 1e-6, stats.generate_seconds);
   std::printf("  traced (Embree):            %8.1f Mrays/s per thread (%.2f s of thread time)\n",
               rays / stats.trace_seconds * 1e-6, stats.trace_seconds);
-  std::printf("  wall time %.2f s; wrote %s/ao.png\n", stats.wall_seconds, options.out_dir.c_str());
+  std::printf("  wall time %.2f s (and %.2f s building Embree's scene); wrote %s/ao.png\n",
+              stats.wall_seconds, build_seconds, options.out_dir.c_str());
   gallery.add("ao.png", "Ambient occlusion traced by Embree: " + std::to_string(settings.width) +
                             "x" + std::to_string(settings.height) + ", " +
                             std::to_string(settings.samples_per_pixel) +
@@ -243,6 +255,7 @@ bool render_ao(Options const& options, Scene const& scene, double max_distance, 
 }
 
 bool run_convergence(Options const& options, Gallery& gallery, std::string& error) {
+  Clock::time_point start = Clock::now();
   ConvergenceStudy study;
   study.run();
   std::string const csv = options.out_dir + "/convergence.csv";
@@ -255,8 +268,13 @@ bool run_convergence(Options const& options, Gallery& gallery, std::string& erro
     return false;
   }
   study.print_slopes(stdout);
-  std::printf("  wrote %s and one plot per integrand\n", csv.c_str());
+  std::printf("  wrote %s and one plot per integrand (%.2f s)\n", csv.c_str(),
+              seconds_since(start));
 
+  // About a second: say what runs before it starts.
+  start = Clock::now();
+  MisStudy::print_heading(stdout);
+  std::fflush(stdout);
   MisStudy mis;
   mis.run();
   std::string const mis_csv = options.out_dir + "/mis.csv";
@@ -269,6 +287,8 @@ bool run_convergence(Options const& options, Gallery& gallery, std::string& erro
     return false;
   }
   mis.print_table(stdout);
+  std::printf("  wrote %s and mis_direct_lighting.svg (%.2f s)\n", mis_csv.c_str(),
+              seconds_since(start));
   return true;
 }
 
@@ -288,6 +308,7 @@ int run_demo(Options const& options, char const* program) {
   }
 
   Gallery gallery(options.out_dir);
+  Clock::time_point const start = Clock::now();
   if (!render_ao(options, scene, max_distance, gallery, error) ||
       !run_convergence(options, gallery, error)) {
     std::fprintf(stderr, "%s: %s\n", program, error.c_str());
@@ -302,8 +323,8 @@ int run_demo(Options const& options, char const* program) {
                  std::strerror(errno));
     return 1;
   }
-  std::printf("sampling demo: wrote %zu pictures to %s/\n", gallery.entries().size(),
-              options.out_dir.c_str());
+  std::printf("sampling demo: wrote %zu pictures to %s/ in %.1f s\n", gallery.entries().size(),
+              options.out_dir.c_str(), seconds_since(start));
   for (Gallery::Entry const& e : gallery.entries()) {
     std::printf("  %-36s %s\n", e.file.c_str(), e.caption.c_str());
   }

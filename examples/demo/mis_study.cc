@@ -4,8 +4,7 @@
 #include <cmath>
 #include <fstream>
 
-#include "examples/demo/gallery.h"
-#include "examples/demo/svg_canvas.h"
+#include "examples/demo/loglog_plot.h"
 #include "platform/random/grandom_mt.h"
 #include "sampling/ray_generators.h"
 
@@ -142,52 +141,27 @@ bool MisStudy::write_csv(std::string const& path) const {
 }
 
 bool MisStudy::write_plot(Gallery& gallery) const {
-  double const left = 0.12, right = 0.70, bottom = 0.10, top = 0.96;
-  double lo = 1e300, hi = 0.0;
-  for (double e : m_rmse)
-    lo = std::min(lo, e), hi = std::max(hi, e);
-  double const x0 = std::log10(double(k_min_count)), x1 = std::log10(double(k_max_count));
-  double const y0 = std::floor(std::log10(lo)), y1 = std::ceil(std::log10(hi));
-  auto px = [&](double n) { return left + (std::log10(n) - x0) / (x1 - x0) * (right - left); };
-  auto py = [&](double e) { return bottom + (std::log10(e) - y0) / (y1 - y0) * (top - bottom); };
-  SvgCanvas canvas(480, "Direct lighting from a disk light: RMSE against N, log-log");
-  canvas.box(left, bottom, right, top, "#999", 1.0);
-  for (unsigned int n = k_min_count; n <= k_max_count; n *= 4) {
-    canvas.line(px(n), bottom, px(n), top, "#eee", 1.0);
-    canvas.text(px(n), bottom - 0.04, std::to_string(n), 11, "#333", "middle");
-  }
-  for (double d = y0; d <= y1; d += 1.0) {
-    double const v = py(std::pow(10.0, d));
-    canvas.line(left, v, right, v, "#eee", 1.0);
-    char label[16];
-    std::snprintf(label, sizeof label, "1e%.0f", d);
-    canvas.text(left - 0.01, v - 0.01, label, 11, "#333", "end");
-  }
-  canvas.text(0.5 * (left + right), 0.005, "rays N", 12, "#333", "middle");
-  canvas.text(0.02, 0.5 * (bottom + top), "RMSE", 12, "#333", "start");
+  LogLogPlot plot("Direct lighting from a disk light: RMSE against N, log-log", "rays N", "RMSE");
+  std::vector<double> const counts(m_counts.begin(), m_counts.end());
   std::size_t const nc = m_counts.size();
   for (unsigned int s = 0; s < 3; ++s) {
-    for (std::size_t c = 0; c < nc; ++c) {
-      double const e = m_rmse[s * nc + c];
-      if (c > 0)
-        canvas.line(px(m_counts[c - 1]), py(m_rmse[s * nc + c - 1]), px(m_counts[c]), py(e),
-                    SvgCanvas::palette(s), 2.0);
-      canvas.dot(px(m_counts[c]), py(e), 3.0, SvgCanvas::palette(s));
-    }
-    double const legend_v = top - 0.02 - 0.05 * s;
-    canvas.line(right + 0.02, legend_v, right + 0.06, legend_v, SvgCanvas::palette(s), 2.0);
-    canvas.text(right + 0.07, legend_v - 0.01, k_strategies[s], 11, "#333", "start");
+    plot.add_series(k_strategies[s], counts,
+                    std::vector<double>(m_rmse.begin() + s * nc, m_rmse.begin() + (s + 1) * nc),
+                    "");
   }
-  return gallery.save(canvas, "mis_direct_lighting.svg",
-                      "Direct lighting from a tilted disk light at a Lambertian point: RMSE over " +
-                          std::to_string(k_trials) +
-                          " seeds against N for cosine rays, rays towards the light, and N/2 of "
-                          "each combined by the balance heuristic with the generators' pdf().");
+  return plot.save(gallery, "mis_direct_lighting.svg",
+                   "Direct lighting from a tilted disk light at a Lambertian point: RMSE over " +
+                       std::to_string(k_trials) +
+                       " seeds against N for cosine rays, rays towards the light, and N/2 of "
+                       "each combined by the balance heuristic with the generators' pdf().");
+}
+
+void MisStudy::print_heading(std::FILE* out) {
+  std::fprintf(out, "mis: direct lighting from a disk light, RMSE over %u seeds per N\n", k_trials);
 }
 
 void MisStudy::print_table(std::FILE* out) const {
-  std::fprintf(out, "mis: direct lighting from a disk light, exact %.9f, RMSE over %u seeds\n",
-               m_exact, k_trials);
+  std::fprintf(out, "  exact value %.9f\n", m_exact);
   std::fprintf(out, "  %6s %12s %12s %12s\n", "N", k_strategies[0], k_strategies[1],
                k_strategies[2]);
   std::size_t const nc = m_counts.size();

@@ -36,7 +36,10 @@ class MisStudy {
   bool write_csv(std::string const& path) const;
   // mis_direct_lighting.svg, listed in the gallery.
   bool write_plot(Gallery& gallery) const;
-  // The exact value and the RMSE table, one row per N.
+  // The study's first line, printed before run() (which takes about a
+  // second) so that the wait has a name.
+  static void print_heading(std::FILE* out);
+  // The exact value and the RMSE table, one row per N, under the heading.
   void print_table(std::FILE* out) const;
 
   static char const* const k_strategies[3];

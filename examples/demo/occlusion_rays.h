@@ -3,6 +3,7 @@
 #include "platform/math/gmath_ray.h"
 #include "platform/math/gmath_vec2.h"
 #include "platform/math/gmath_vec3.h"
+#include "sampling/ray_generators.h"
 
 // The occlusion rays of one hit, made the way a renderer makes them: a
 // CosineWeightedHemisphereRayGenerator initialised from a ray at the hit
@@ -13,7 +14,10 @@
 // how many were written (at most count).
 //
 // Both normals are unit length and on the side the camera ray came from.
-unsigned int occlusion_rays(GMathVec3<double> const& origin,
+// `generator` is the caller's, one per thread, reused from hit to hit: init
+// sets it up anew for each hit.
+unsigned int occlusion_rays(CosineWeightedHemisphereRayGenerator& generator,
+                            GMathVec3<double> const& origin,
                             GMathVec3<double> const& shading_normal,
                             GMathVec3<double> const& geometric_normal,
                             GMathVec2<double> const* samples, unsigned int count, GMathRay* rays);

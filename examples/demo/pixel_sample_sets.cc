@@ -19,7 +19,7 @@ void PixelSampleSets::init(unsigned int seed, unsigned int samples_per_pixel,
   // mode's one allocation); doing both sizes here, before the render threads
   // start, leaves every pixel to read them only.
   m_sampler.init(m_seed, m_samples_per_pixel, 1, 0);
-  m_sampler.init(m_seed, m_occlusion_count, m_samples_per_pixel, 0);
+  m_sampler.init(m_seed, m_occlusion_count * m_samples_per_pixel, 1, 0);
 }
 
 void PixelSampleSets::camera_samples(unsigned int pixel, GMathVec2<double>* samples) {
@@ -27,9 +27,11 @@ void PixelSampleSets::camera_samples(unsigned int pixel, GMathVec2<double>* samp
   m_sampler.get_all_samples(samples);
 }
 
-void PixelSampleSets::occlusion_samples(unsigned int pixel, unsigned int sample,
-                                        GMathVec2<double>* samples) {
-  m_sampler.init(hash_u32(~m_seed ^ hash_u32(pixel)), m_occlusion_count, m_samples_per_pixel,
-                 sample);
+void PixelSampleSets::occlusion_samples(unsigned int pixel, GMathVec2<double>* samples) {
+  // Set s of init(seed, count, spp, s) starts count * s positions after the
+  // seed's start, so the one set of the same M = count x spp points lists
+  // every set in order.
+  m_sampler.init(hash_u32(~m_seed ^ hash_u32(pixel)), m_occlusion_count * m_samples_per_pixel, 1,
+                 0);
   m_sampler.get_all_samples(samples);
 }

@@ -14,6 +14,10 @@
 //    one well-spread pattern of hemisphere samples between them; in the
 //    Hammersley mode consecutive points of the pattern's order lie far apart,
 //    so each set alone is spread too.
+//    Set s is the run of occlusion_count points from s occlusion_count on in
+//    the pattern's order, in every mode, so the pixel's pattern is written
+//    whole, by one init, and hit s reads its set from it: the points of the
+//    init of set s alone, without a sampler set-up per hit.
 //
 // The Hammersley mode needs Sampling::init before the first pixel and serves
 // patterns of up to 2048 points; larger ones (spp x occlusion_count above
@@ -30,9 +34,9 @@ class PixelSampleSets {
 
   // Writes the samples_per_pixel camera samples of `pixel` into samples[].
   void camera_samples(unsigned int pixel, GMathVec2<double>* samples);
-  // Writes the occlusion_count occlusion samples of camera sample `sample`
-  // of `pixel` into samples[].
-  void occlusion_samples(unsigned int pixel, unsigned int sample, GMathVec2<double>* samples);
+  // Writes the samples_per_pixel x occlusion_count occlusion samples of
+  // `pixel` into samples[]: those of camera sample s from s occlusion_count on.
+  void occlusion_samples(unsigned int pixel, GMathVec2<double>* samples);
 
  private:
   unsigned int m_seed = 0;

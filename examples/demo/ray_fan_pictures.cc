@@ -84,53 +84,143 @@ bool write_cosine(Gallery& gallery, double angle, double clip_tilt, int mode,
                           " samples give rays).");
 }
 
+// The lobe pictures: a top view (looking down -z: x right, y up) in the
+// left panel and a side view (looking along +y: x right, z up) in the right.
+constexpr int k_lobe_panel = 400;
+constexpr double k_lobe_extent = 1.25;  // world units from the origin to a panel's edge
+constexpr double k_lobe_length = 1.1;   // drawn length of a ray
+
+std::string sample_text(GMathVec2<double> const& sample) {
+  return SvgCanvas::format("(%g, ", sample.x) + SvgCanvas::format("%g)", sample.y);
+}
+
 // Glossy reflection or refraction at the origin of the plane z = 0, the
 // incoming ray from the upper left in the x, z plane (30 degrees from the
-// normal for reflection, 45 for refraction). Reflection is seen from high
-// above, so the lobe's cross-section shows; refraction from the side.
-bool write_lobe(Gallery& gallery, bool refraction, float nu, float nv, std::string const& file,
-                std::string const& title, std::string const& caption) {
-  std::vector<GMathVec2<double>> const samples = PatternPictures::hammersley(160);
-  unsigned int const count = static_cast<unsigned int>(samples.size());
+// normal for reflection, 45 for refraction): the ray of every sample, and
+// the direction a smooth surface would give (the mirror direction, or the
+// refracted one by Snell's law about N), about which the lobe lies.
+struct Lobe {
+  std::vector<GMathVec2<double>> samples;
+  std::vector<GMathRay> rays;  // one per sample, written where `kept`
+  std::vector<bool> kept;
+  GMathVec3<double> incoming;
+  GMathVec3<double> smooth;  // the direction about which the lobe lies
+};
+
+Lobe make_lobe(bool refraction, float nu, float nv) {
+  Lobe lobe;
+  lobe.samples = PatternPictures::hammersley(160);
+  std::size_t const count = lobe.samples.size();
   GMathVec3<double> const origin(0.0, 0.0, 0.0), up(0.0, 0.0, 1.0);
-  GMathVec3<double> const incoming =
+  lobe.incoming =
       normalized(GMathVec3<double>(refraction ? 1.0 : 0.5, 0.0, refraction ? -1.0 : -0.866));
-  GMathRay const ray(origin - incoming * 1.2, incoming);
+  GMathRay const ray(origin - lobe.incoming * 1.2, lobe.incoming);
   GMathMatrix3x3<double> const shading;  // T = x, B = y, N = z
   GeometryDifferential const differential;
-  std::vector<GMathRay> rays(count);
-  unsigned int n = 0;
+  float const eta = 1.0f / 1.5f;
+  lobe.rays.resize(count);
+  lobe.kept.resize(count);
+  AnisotropicReflectionRayGenerator reflection;
+  AnisotropicRefractionRayGenerator transmission;
   if (refraction) {
-    AnisotropicRefractionRayGenerator generator;
-    generator.init(ray, origin, shading, up, differential, nu, nv, GMathVec2<float>(1.0f, 0.0f),
-                   1.0f / 1.5f, 0.0f, 0.0f);
-    n = generator.get_rays(samples.data(), count, rays.data(), nullptr);
+    transmission.init(ray, origin, shading, up, differential, nu, nv, GMathVec2<float>(1.0f, 0.0f),
+                      eta, 0.0f, 0.0f);
   } else {
-    AnisotropicReflectionRayGenerator generator;
-    generator.init(ray, origin, shading, up, differential, nu, nv, GMathVec2<float>(1.0f, 0.0f),
-                   0.0f, 0.0f);
-    n = generator.get_rays(samples.data(), count, rays.data(), nullptr);
+    reflection.init(ray, origin, shading, up, differential, nu, nv, GMathVec2<float>(1.0f, 0.0f),
+                    0.0f, 0.0f);
   }
-  View3d const view(GMathVec3<double>(0.0, 0.0, refraction ? -0.2 : 0.3), 1.3, 90.0,
-                    refraction ? 20.0 : 65.0);
-  SvgCanvas canvas(k_size, title);
-  draw_surface(view, canvas);
-  view.arrow(canvas, ray.m_origin, origin, "#000", 2.0);
-  view.arrow(canvas, origin, up * 0.5, "#555", 1.5);
-  unsigned int wrong_side = 0;
-  for (unsigned int i = 0; i < n; ++i) {
-    view.line(canvas, origin, rays[i].m_direction * 1.1, k_ray_color, 1.0);
-    view.dot(canvas, rays[i].m_direction * 1.1, 2.0, SvgCanvas::palette(1));
-    wrong_side += (rays[i].m_direction.z > 0.0) == refraction;
+  SampleRayGenerator const& generator =
+      refraction ? static_cast<SampleRayGenerator const&>(transmission) : reflection;
+  for (std::size_t i = 0; i < count; ++i)
+    lobe.kept[i] = generator.get_ray(lobe.samples[i], lobe.rays[i], nullptr);
+  // The smooth surface's direction: I mirrored about N, or refracted.
+  GMathVec3<double> const& in = lobe.incoming;
+  if (refraction) {
+    double const cos_i = -in.z, cos_t = std::sqrt(1.0 - eta * eta * (1.0 - cos_i * cos_i));
+    lobe.smooth = in * static_cast<double>(eta) + up * (eta * cos_i - cos_t);
+  } else {
+    lobe.smooth = GMathVec3<double>(in.x, in.y, -in.z);
   }
+  return lobe;
+}
+
+void draw_lobe_view(Lobe const& lobe, bool top, std::vector<bool> const& odd, SvgCanvas& canvas) {
+  GMathVec3<double> const origin(0.0, 0.0, 0.0);
+  View3d const view(origin, k_lobe_extent, 90.0, top ? 90.0 : 0.0, top ? 0 : 1);
+  double const u0 = top ? 0.0 : 1.0;
+  if (top) {
+    draw_surface(view, canvas);
+  } else {
+    // The material below the surface, then the surface's edge.
+    GMathVec3<double> const below[4] = {
+        GMathVec3<double>(-1.2, 0.0, 0.0), GMathVec3<double>(1.2, 0.0, 0.0),
+        GMathVec3<double>(1.2, 0.0, -1.2), GMathVec3<double>(-1.2, 0.0, -1.2)};
+    view.polygon(canvas, below, 4, "none", "#f3f3f3", 0.0);
+    view.line(canvas, GMathVec3<double>(-1.2, 0.0, 0.0), GMathVec3<double>(1.2, 0.0, 0.0), "#999",
+              1.5);
+    view.arrow(canvas, origin, GMathVec3<double>(0.0, 0.0, 0.5), "#555", 1.5);
+  }
+  for (int pass = 0; pass < 2; ++pass) {  // the odd rays over the others
+    for (std::size_t i = 0; i < lobe.rays.size(); ++i) {
+      if (!lobe.kept[i] || odd[i] != (pass == 1))
+        continue;
+      GMathVec3<double> const end = lobe.rays[i].m_direction * k_lobe_length;
+      std::string const& color = odd[i] ? SvgCanvas::palette(3) : k_ray_color;
+      // Thin in the top view, where the lines all meet at the origin.
+      view.line(canvas, origin, end, color, odd[i] ? 1.5 : top ? 0.6 : 1.0);
+      view.dot(canvas, end, odd[i] ? 3.0 : 2.0, odd[i] ? color : SvgCanvas::palette(1));
+    }
+  }
+  GMathVec3<double> const smooth_end = lobe.smooth * (k_lobe_length + 0.1);
+  // The incoming ray and the smooth direction over the rays.
+  view.arrow(canvas, origin - lobe.incoming * 1.2, origin, "#000", 2.0);
+  view.line(canvas, origin, smooth_end, "#000", 1.5, "6 4");
   view.dot(canvas, origin, 4.0, "#000");
-  // The generators reject no sample: one whose normal and half-turned
-  // normal both fail keeps a ray on the wrong side of the surface.
-  std::string const note = wrong_side == 0
-                               ? ""
-                               : " " + std::to_string(wrong_side) + " of " + std::to_string(n) +
-                                     " rays whose normal and half-turned normal both "
-                                     "fail leave by the wrong side.";
+  canvas.text(u0 + 0.02, 0.955,
+              top ? "top view (x right, y up)" : "side view (x right, z up, y into the page)", 12,
+              "#333", "start");
+  if (!top)
+    canvas.line(1.0, 0.0, 1.0, 1.0, "#999", 1.0);
+}
+
+bool write_lobe(Gallery& gallery, bool refraction, float nu, float nv, std::string const& file,
+                std::string const& title, std::string const& caption) {
+  Lobe const lobe = make_lobe(refraction, nu, nv);
+  std::size_t const count = lobe.samples.size();
+  // Red rays: for reflection those that leave below the surface; for
+  // refraction those of samples with v = 0.
+  std::vector<bool> odd(count, false);
+  std::string odd_samples;
+  unsigned int odd_count = 0, ray_count = 0;
+  double odd_angle = 0.0;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!lobe.kept[i])
+      continue;
+    ++ray_count;
+    odd[i] = refraction ? lobe.samples[i].y == 0.0 : !(lobe.rays[i].m_direction.z > 0.0);
+    if (odd[i]) {
+      odd_samples += (odd_count++ ? " and " : "") + sample_text(lobe.samples[i]);
+      odd_angle = std::asin(-lobe.rays[i].m_direction.z) / k_degree;
+    }
+  }
+  SvgCanvas canvas(k_lobe_panel, title, 2);
+  draw_lobe_view(lobe, true, odd, canvas);
+  draw_lobe_view(lobe, false, odd, canvas);
+
+  std::string note;
+  if (odd_count > 0 && !refraction) {
+    note = " Red: the " + std::to_string(odd_count) + " of " + std::to_string(ray_count) +
+           " rays that leave below the surface, of samples " + odd_samples +
+           ". The generator rejects no sample: v = 0 (and, where an exponent is low, a small v) "
+           "gives a microfacet normal in or near the surface plane; the incoming ray mirrored "
+           "about it goes down, mirrored about the half-turned normal too, and the ray is "
+           "kept (for (0, 0) it is the incoming direction with x turned back).";
+  } else if (odd_count > 0) {
+    note = " Red: the ray of sample " + odd_samples + ", " + SvgCanvas::format("%.0f", odd_angle) +
+           " degrees below the surface, far from the lobe: v = 0 gives a microfacet normal lying "
+           "in the surface, where the lobe's density is zero, and the generator refracts "
+           "through that upright facet.";
+  }
   return gallery.save(canvas, file, caption + note);
 }
 
@@ -234,16 +324,19 @@ bool RayFanPictures::write(Gallery& gallery) {
                       "Full hemisphere, clip normal tilted 35 degrees: project flattens the rays "
                       "below its plane onto it (red; light grey where they were)") &&
          write_lobe(gallery, false, 40.0f, 40.0f, "rays_reflection_isotropic.svg",
-                    "Reflection generator, nu = nv = 40, from above",
-                    "Glossy reflection, isotropic exponents nu = nv = 40, seen from above: a round "
-                    "lobe about the mirror direction (black: the incoming ray).") &&
+                    "Reflection generator, nu = nv = 40: top and side views",
+                    "Glossy reflection, nu = nv = 40, from the top and from the side: a lobe "
+                    "about the mirror direction (dashed), as wide across the plane of incidence "
+                    "as along it (black arrow: the incoming ray; grey: the normal).") &&
          write_lobe(gallery, false, 4.0f, 1000.0f, "rays_reflection_anisotropic.svg",
-                    "Reflection generator, nu = 4, nv = 1000, from above",
-                    "Glossy reflection, nu = 4 along x and nv = 1000 along y: the lobe spreads in "
-                    "the plane of incidence (x) and stays thin across it (y).") &&
+                    "Reflection generator, nu = 4, nv = 1000: top and side views",
+                    "Glossy reflection, nu = 4 along x and nv = 1000 along y: from the top the "
+                    "lobe is a thin line along x, from the side a wide fan in the plane of "
+                    "incidence about the mirror direction (dashed).") &&
          write_lobe(gallery, true, 100.0f, 100.0f, "rays_refraction.svg",
-                    "Refraction generator, eta = 1/1.5, nu = nv = 100",
-                    "Glossy refraction into glass (eta = 1/1.5, nu = nv = 100): rays bend towards "
-                    "the normal below the surface.") &&
+                    "Refraction generator, eta = 1/1.5, nu = nv = 100: top and side views",
+                    "Glossy refraction into glass (eta = 1/1.5, nu = nv = 100): the rays bend "
+                    "towards the normal below the surface, a round lobe about the smooth "
+                    "surface's refracted direction (dashed).") &&
          write_sphere(gallery) && write_shapes(gallery);
 }

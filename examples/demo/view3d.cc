@@ -10,8 +10,8 @@ constexpr double k_degree = 3.14159265358979323846 / 180.0;
 }  // namespace
 
 View3d::View3d(GMathVec3<double> const& centre, double half_extent, double azimuth_degrees,
-               double elevation_degrees)
-    : m_centre(centre), m_scale(0.5 / half_extent) {
+               double elevation_degrees, unsigned int panel)
+    : m_centre(centre), m_scale(0.5 / half_extent), m_panel(panel) {
   double const a = azimuth_degrees * k_degree, e = elevation_degrees * k_degree;
   // Looking along (cos e cos a, cos e sin a, -sin e): right is horizontal,
   // up completes the frame.
@@ -23,7 +23,7 @@ View3d::View3d(GMathVec3<double> const& centre, double half_extent, double azimu
 
 void View3d::project(GMathVec3<double> const& p, double& u, double& v) const {
   GMathVec3<double> const d = p - m_centre;
-  u = 0.5 + ::dot(d, m_right) * m_scale;
+  u = m_panel + 0.5 + ::dot(d, m_right) * m_scale;
   v = 0.5 + ::dot(d, m_up) * m_scale;
 }
 
@@ -35,11 +35,11 @@ void View3d::dot(SvgCanvas& canvas, GMathVec3<double> const& p, double r,
 }
 
 void View3d::line(SvgCanvas& canvas, GMathVec3<double> const& a, GMathVec3<double> const& b,
-                  std::string const& color, double width) const {
+                  std::string const& color, double width, std::string const& dash) const {
   double u0, v0, u1, v1;
   project(a, u0, v0);
   project(b, u1, v1);
-  canvas.line(u0, v0, u1, v1, color, width);
+  canvas.line(u0, v0, u1, v1, color, width, dash);
 }
 
 void View3d::arrow(SvgCanvas& canvas, GMathVec3<double> const& a, GMathVec3<double> const& b,

@@ -9,18 +9,20 @@
 // reach its edges. The view looks along the direction of azimuth `azimuth`
 // and elevation `elevation` (degrees; elevation 90 looks straight down -z,
 // with +x to the right and +y up; elevation 0 and azimuth 90 looks along +y,
-// a side view with +x to the right and +z up).
+// a side view with +x to the right and +z up). On a canvas of several panels
+// the view fills panel `panel` (0 the leftmost).
 class View3d {
  public:
   View3d(GMathVec3<double> const& centre, double half_extent, double azimuth_degrees,
-         double elevation_degrees);
+         double elevation_degrees, unsigned int panel = 0);
 
-  // Canvas coordinates (unit square) of a world point.
+  // Canvas coordinates (the panel's unit square) of a world point.
   void project(GMathVec3<double> const& p, double& u, double& v) const;
 
   void dot(SvgCanvas& canvas, GMathVec3<double> const& p, double r, std::string const& color) const;
+  // Line from a to b; `dash` as SvgCanvas::line takes it.
   void line(SvgCanvas& canvas, GMathVec3<double> const& a, GMathVec3<double> const& b,
-            std::string const& color, double width) const;
+            std::string const& color, double width, std::string const& dash = "") const;
   // Arrow from a to b: the segment and a small head at b.
   void arrow(SvgCanvas& canvas, GMathVec3<double> const& a, GMathVec3<double> const& b,
              std::string const& color, double width) const;
@@ -43,4 +45,5 @@ class View3d {
   GMathVec3<double> m_right;
   GMathVec3<double> m_up;
   double m_scale;
+  double m_panel;
 };
