@@ -73,17 +73,3 @@ class FuzzInput {
       std::abort();                                          \
     }                                                        \
   } while (0)
-
-// Lexicographic order of sample points, to compare point sets as sets.
-inline bool less(GMathVec2<double> const& a, GMathVec2<double> const& b) {
-  return a.x < b.x || (a.x == b.x && a.y < b.y);
-}
-
-// A sample in [0,1]^2, half-open when `below_one`.
-inline void check_in_square(GMathVec2<double> const& s, bool below_one, char const* name) {
-  FUZZ_ASSERT(s.x >= 0.0 && s.y >= 0.0, "%s: sample (%.17g, %.17g) below 0", name, s.x, s.y);
-  if (below_one)
-    FUZZ_ASSERT(s.x < 1.0 && s.y < 1.0, "%s: sample (%.17g, %.17g) not below 1", name, s.x, s.y);
-  else
-    FUZZ_ASSERT(s.x <= 1.0 && s.y <= 1.0, "%s: sample (%.17g, %.17g) above 1", name, s.x, s.y);
-}

@@ -1,21 +1,22 @@
 // Ray generators: for in-contract set-ups decoded from the bytes, get_ray and
 // get_rays agree ray for ray (with and without weights), get_rays packs the
-// produced rays at the front and touches nothing past them, every produced
-// ray is finite with a unit direction where the generator promises one, the
-// discard modes keep only rays above their clip plane, the shape generators
-// aim at points of their shape with the distance as weight, and the frusta
-// hold the rays of their boxes within the sizes the generators guarantee.
+// produced rays at the front and touches nothing past them, and every
+// produced ray is finite and holds what its generator promises: the cosine
+// rays inside their cone with spreads of atan(tx) and atan(ty) and the
+// density cos / (pi' sin^2 h), kept or flattened by the clip modes; the sphere
+// rays built from the warp's frame; the mirror and Snell directions of the
+// chosen anisotropic normal; the shape rays aiming at the sample's point with
+// the distance as weight, auxiliary rays at the target moved along the sides,
+// densities t^2 / |cos| times the area density. The frusta hold the rays of
+// their boxes within the sizes the generators guarantee, and a box of one
+// point collapses.
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <vector>
 
-#include "platform/geometry/geometry_differential.h"
-#include "platform/math/gmath_matrix3x3.h"
 #include "platform/math/gmath_matrix4x4.h"
-#include "sampling/ray_generators.h"
-#include "sampling/rays/ray_math.h"
+#include "sampling/sampling.h"
 #include "tests/fuzz/fuzz_input.h"
+#include "tests/rays/anisotropic_test_support.h"
 
 namespace {
 
@@ -30,48 +31,44 @@ bool unit_length(Vec3 const& v) {
   return std::fabs(v.length() - 1.0) <= 1e-12;
 }
 
+// The tangent of the angle between unit vectors (infinite from a quarter
+// turn on).
+double tan_between(Vec3 const& a, Vec3 const& b) {
+  double const c = dot(a, b);
+  return c > 0.0 ? cross(a, b).length() / c : INFINITY;
+}
+
+// `a` is a unit vector turned from the unit vector `d` by atan(t).
+bool turned_by(Vec3 const& a, Vec3 const& d, double const& t) {
+  double const c = 1.0 / std::sqrt(t * t + 1.0), s = c == 0.0 ? 1.0 : c * t;
+  return unit_length(a) && std::fabs(dot(a, d) - c) <= 1e-12 &&
+         std::fabs(cross(a, d).length() - s) <= 1e-12;
+}
+
 // Fields every generated ray shares: finite origin and direction, the cleared
-// accumulators, and m_aux cleared on a ray without differentials.
-void check_common(GMathRay const& ray, char const* name) {
+// accumulators, m_aux cleared on a ray without differentials, and (unless
+// `any_differentials`) finite auxiliary rays and footprints.
+void check_common(GMathRay const& ray, char const* name, bool any_differentials) {
+  GMathRayDifferential const& d = ray.m_differential;
   FUZZ_ASSERT(finite(ray.m_origin) && finite(ray.m_direction), "%s: ray not finite", name);
   FUZZ_ASSERT(ray.m_aux_cleared[0] == 0.0 && ray.m_aux_cleared[1] == 0.0,
               "%s: m_aux_cleared not cleared", name);
   if (!ray.m_has_differentials)
     FUZZ_ASSERT(ray.m_aux[0] == 0.0 && ray.m_aux[1] == 0.0, "%s: m_aux set without differentials",
                 name);
-}
-
-// Finite auxiliary origins and directions, and the footprints built from them.
-void check_differentials(GMathRay const& ray, char const* name) {
-  if (!ray.m_has_differentials)
-    return;
-  GMathRayDifferential const& d = ray.m_differential;
-  FUZZ_ASSERT(finite(d.m_rx_origin) && finite(d.m_ry_origin) && finite(d.m_rx_direction) &&
-                  finite(d.m_ry_direction) && std::isfinite(ray.m_aux[0]) &&
-                  std::isfinite(ray.m_aux[1]),
-              "%s: differentials not finite", name);
-}
-
-std::vector<Vec2> decode_samples(FuzzInput& in) {
-  std::vector<Vec2> samples(in.range(0, 48));
-  for (Vec2& s : samples)
-    s = Vec2(in.unit(), in.unit());
-  return samples;
-}
-
-std::vector<GMathRay> patterned_rays(std::size_t count) {
-  std::vector<GMathRay> rays(count);
-  std::memset(static_cast<void*>(rays.data()), 0xA5, count * sizeof(GMathRay));
-  return rays;
+  else if (!any_differentials)
+    FUZZ_ASSERT(finite(d.m_rx_origin) && finite(d.m_ry_origin) && finite(d.m_rx_direction) &&
+                    finite(d.m_ry_direction) && std::isfinite(ray.m_aux[0]) &&
+                    std::isfinite(ray.m_aux[1]),
+                "%s: differentials not finite", name);
 }
 
 // get_ray over the samples, then get_rays with and without weights: the same
 // rays, packed, with one weight per produced ray and nothing written past
-// them. `check` sees each produced ray, its sample and its weight. Returns
-// the produced rays.
+// them. `check` sees each produced ray, its sample and its weight.
 template <typename Check>
-std::vector<GMathRay> check_paths(SampleRayGenerator const& g, std::vector<Vec2> const& samples,
-                                  char const* name, Check const& check) {
+void check_paths(SampleRayGenerator const& g, std::vector<Vec2> const& samples, char const* name,
+                 Check const& check, bool any_differentials = false) {
   unsigned int const count = static_cast<unsigned int>(samples.size());
   double const sentinel = -12345.0;
   std::vector<GMathRay> single = patterned_rays(count + 1);
@@ -80,26 +77,23 @@ std::vector<GMathRay> check_paths(SampleRayGenerator const& g, std::vector<Vec2>
   for (unsigned int i = 0; i < count; ++i) {
     double weight = sentinel;
     if (g.get_ray(samples[i], single[produced], &weight)) {
-      check_common(single[produced], name);
+      check_common(single[produced], name, any_differentials);
       check(samples[i], single[produced], weight);
       single_weights[produced++] = weight;
     }
   }
-  std::vector<GMathRay> batch = patterned_rays(count + 1);
-  std::vector<double> weights(count + 1, sentinel);
-  unsigned int const n = g.get_rays(samples.data(), count, batch.data(), weights.data());
-  FUZZ_ASSERT(n == produced, "%s: get_rays made %u rays, get_ray %u", name, n, produced);
-  FUZZ_ASSERT(std::memcmp(single.data(), batch.data(), (count + 1) * sizeof(GMathRay)) == 0,
-              "%s: get_rays differs from get_ray or writes past its rays", name);
-  FUZZ_ASSERT(std::memcmp(single_weights.data(), weights.data(), (count + 1) * sizeof(double)) == 0,
-              "%s: get_rays weights differ from get_ray or are written past the rays", name);
-  std::vector<GMathRay> unweighted = patterned_rays(count + 1);
-  unsigned int const m = g.get_rays(samples.data(), count, unweighted.data(), nullptr);
-  FUZZ_ASSERT(
-      m == n && std::memcmp(single.data(), unweighted.data(), (count + 1) * sizeof(GMathRay)) == 0,
-      "%s: get_rays without weights differs", name);
-  single.resize(produced);
-  return single;
+  for (bool const weighted : {true, false}) {
+    std::vector<GMathRay> batch = patterned_rays(count + 1);
+    std::vector<double> weights(count + 1, sentinel);
+    unsigned int const n =
+        g.get_rays(samples.data(), count, batch.data(), weighted ? weights.data() : nullptr);
+    FUZZ_ASSERT(n == produced &&
+                    std::memcmp(single.data(), batch.data(), (count + 1) * sizeof(GMathRay)) == 0 &&
+                    std::memcmp(weighted ? single_weights.data() : weights.data(), weights.data(),
+                                (count + 1) * sizeof(double)) == 0,
+                "%s: get_rays (weighted %d) differs from get_ray or writes past its rays", name,
+                weighted);
+  }
 }
 
 // A sample box [corner0, corner1] with corners in [0,1]^2, low corner first.
@@ -127,9 +121,6 @@ void check_frustum_holds(SampleRayGenerator const& g, Vec2 const& corner0, Vec2 
   GMathFrustum frustum;
   g.get_frustum(corner0, corner1, frustum);
   FUZZ_ASSERT(frustum.m_plane_count == 4, "%s: %u frustum planes", name, frustum.m_plane_count);
-  for (unsigned int k = 0; k < 4; ++k)
-    FUZZ_ASSERT(finite(frustum.m_plane_normal[k]) && std::isfinite(frustum.m_plane_distance[k]),
-                "%s: frustum plane %u not finite", name, k);
   for (Vec2 const& s : samples) {
     Vec2 const inside(corner0.x + (corner1.x - corner0.x) * s.x,
                       corner0.y + (corner1.y - corner0.y) * s.y);
@@ -141,12 +132,23 @@ void check_frustum_holds(SampleRayGenerator const& g, Vec2 const& corner0, Vec2 
     for (unsigned int k = 0; k < 4; ++k) {
       double const scale = frustum.m_plane_normal[k].length() * (1.0 + ray.m_origin.length());
       FUZZ_ASSERT(frustum.evaluate(k, x) >= -1e-9 * scale,
-                  "%s: ray of (%.17g, %.17g) outside plane %u of box (%.17g, %.17g)-(%.17g, %.17g) "
-                  "by %.3g",
-                  name, inside.x, inside.y, k, corner0.x, corner0.y, corner1.x, corner1.y,
+                  "%s: ray of (%.17g, %.17g) outside plane %u by %.3g", name, inside.x, inside.y, k,
                   frustum.evaluate(k, x) / scale);
     }
   }
+}
+
+// A box of one point collapses every side to a zero plane through the
+// origin (but the two across the line's strip).
+void check_point_box(SampleRayGenerator const& g, FuzzInput& in, Vec3 const& origin, bool line) {
+  Vec2 const c(in.unit(), in.unit());
+  GMathFrustum f;
+  g.get_frustum(c, c, f);
+  for (unsigned int k = 0; k < 4; ++k)
+    FUZZ_ASSERT(
+        f.m_plane_count == 4 && f.m_plane_point[k] == origin &&
+            ((line && k % 2) || (f.m_plane_normal[k] == Vec3() && f.m_plane_distance[k] == 0.0)),
+        "point box of (%.17g, %.17g): plane %u", c.x, c.y, k);
 }
 
 // An incoming ray of unit direction, with small differentials when asked.
@@ -157,8 +159,10 @@ GMathRay decode_incoming(FuzzInput& in, Vec3 const& direction, bool differential
     GMathRayDifferential d;
     d.m_rx_origin = origin + in.direction() * 0.01;
     d.m_ry_origin = origin + in.direction() * 0.01;
-    d.m_rx_direction = direction + in.direction() * 0.01;
-    d.m_ry_direction = direction + in.direction() * 0.01;
+    // At times turned a quarter or more away from the ray: an infinite spread.
+    Vec3 const turned = in.flag() ? direction * -in.unit() : direction;
+    d.m_rx_direction = safe_normalize(turned + in.direction() * 0.01, 1e-8);
+    d.m_ry_direction = safe_normalize(direction + in.direction() * 0.01, 1e-8);
     ray.set_differentials(d);
   }
   return ray;
@@ -166,9 +170,20 @@ GMathRay decode_incoming(FuzzInput& in, Vec3 const& direction, bool differential
 
 void fuzz_cosine(FuzzInput& in, std::vector<Vec2> const& samples) {
   GMathRay const incoming = decode_incoming(in, in.direction(), in.flag());
-  double const angle = in.between(-400.0, 400.0);
+  double const angles[6] = {0.0, 1e-8, 1e-3, 180.0, 400.0, -90.0};
+  double const angle = in.flag() ? angles[in.range(0, 5)] : in.between(-400.0, 400.0);
+  double const reduction_x = in.between(0.0, 1.0), reduction_y = in.between(0.0, 1.0);
   CosineWeightedHemisphereRayGenerator g;
-  g.init(incoming, angle, in.between(0.0, 1.0), in.between(0.0, 1.0));
+  g.init(incoming, angle, reduction_x, reduction_y);
+  // The spreads: the cone's half angle less its reduction, plus the incoming
+  // ray's. Only a positive angle gives rays differentials of their own.
+  GMathRayDifferential const& in_diff = incoming.m_differential;
+  bool const spread = incoming.m_has_differentials;
+  double const h = std::atan2(g.get_angle_sin(), g.get_angle_cos());
+  double const tx = (1.0 - reduction_x) * h +
+                    (spread ? tan_between(in_diff.m_rx_direction, incoming.m_direction) : 0.0);
+  double const ty = (1.0 - reduction_y) * h +
+                    (spread ? tan_between(in_diff.m_ry_direction, incoming.m_direction) : 0.0);
   unsigned int const mode = in.range(0, 2);
   Vec3 const normal = in.direction();
   if (mode == 1)
@@ -178,6 +193,8 @@ void fuzz_cosine(FuzzInput& in, std::vector<Vec2> const& samples) {
   char const* const names[] = {"cosine plain", "cosine discard", "cosine project"};
   char const* const name = names[mode];
   double const cos_h = g.get_angle_cos();
+  CosineWeightedHemisphereRayGenerator plain = g;
+  plain.disable_clipping();
   check_paths(g, samples, name, [&](Vec2 const& s, GMathRay const& ray, double const& weight) {
     FUZZ_ASSERT(weight == 1.0, "%s: weight %.17g", name, weight);
     FUZZ_ASSERT(ray.m_origin == incoming.m_origin && ray.m_time == incoming.m_time &&
@@ -187,21 +204,57 @@ void fuzz_cosine(FuzzInput& in, std::vector<Vec2> const& samples) {
     double const along = dot(d, normal);
     if (mode == 2 && along == 0.0 && d.length() == 0.0)
       return;  // W exactly opposite to n: the projection vanishes
-    FUZZ_ASSERT(unit_length(d), "%s: |d| = %.17g at (%.17g, %.17g)", name, d.length(), s.x, s.y);
-    if (mode == 1)
-      FUZZ_ASSERT(along > 0.0, "%s: kept a ray with d . n = %.17g", name, along);
+    FUZZ_ASSERT(unit_length(d) && (mode != 1 || along > 0.0),
+                "%s: |d| = %.17g, d . n = %.17g at (%.17g, %.17g)", name, d.length(), along, s.x,
+                s.y);
     // A projection of W nearly opposite to n is short (down to the 1e-8
     // normalisation threshold), and normalising it magnifies the rounding of
     // W - (W . n) n: d . n is then of the order of 1e-16 / |W'|.
     if (mode == 2)
       FUZZ_ASSERT(along >= -1e-7, "%s: projected ray below the plane: d . n = %.17g", name, along);
+    // Projection keeps the rays above the plane bit for bit and flattens the
+    // others onto the nearest direction of the plane, with unit auxiliary
+    // directions.
+    // The auxiliary directions are turned from the ray by atan(tx)
+    // perpendicular to the axis (azimuthal) and by atan(ty) within the plane
+    // of the ray and the axis (polar); the footprint keeps the incoming
+    // offsets' lengths within the plane perpendicular to the axis.
+    Vec3 const& axis = incoming.m_direction;
+    Vec3 const& rx = ray.m_differential.m_rx_direction;
+    Vec3 const& ry = ray.m_differential.m_ry_direction;
+    Vec3 const foot = in_diff.m_rx_origin - incoming.m_origin;
+    FUZZ_ASSERT(ray.m_has_differentials == (spread || angle > 1e-8), "%s: differentials", name);
+    FUZZ_ASSERT(mode == 2 || !ray.m_has_differentials ||
+                    (turned_by(rx, d, tx) && turned_by(ry, d, ty) &&
+                     std::fabs(dot(rx - d * dot(rx, d), axis)) <= 1e-12 &&
+                     std::fabs(dot(ry - d * dot(ry, d), cross(axis, d))) <= 1e-12 &&
+                     std::fabs((ray.m_differential.m_rx_origin - ray.m_origin).length() -
+                               (spread ? (foot - axis * dot(foot, axis)).length() : 0.0)) <= 1e-12),
+                "%s: auxiliary rays of (%.17g, %.17g)", name, s.x, s.y);
+    GMathRay w = ray;  // a ray without differentials keeps the record's
+    plain.get_ray(s, w, nullptr);
+    Vec3 const flat = w.m_direction - normal * dot(w.m_direction, normal);
+    GMathRayDifferential const& aux = ray.m_differential;
+    if (mode == 2)
+      FUZZ_ASSERT(dot(w.m_direction, normal) >= 0.0
+                      ? same_ray_bits(ray, w)
+                      : flat.length() < 1e-6 ||
+                            ((d - flat * (1.0 / flat.length())).length() <= 1e-12 / flat.length() &&
+                             (!ray.m_has_differentials || (unit_length(aux.m_rx_direction) &&
+                                                           unit_length(aux.m_ry_direction)))),
+                  "%s: ray of (%.17g, %.17g) not kept or flattened", name, s.x, s.y);
     // The rim's height is sqrt(1 - s^2) with s = the cone's sine: for cones
     // near 90 degrees the rounding of s^2 is magnified by 1 / (2 cos_h).
-    if (mode != 2)
-      FUZZ_ASSERT(dot(d, incoming.m_direction) >= cos_h - (1e-12 + 4e-16 / std::max(cos_h, 1e-12)),
-                  "%s: ray outside the cone: d . D = %.17g, cos_h = %.17g", name,
-                  dot(d, incoming.m_direction), cos_h);
-    check_differentials(ray, name);
+    // Within the cone (inside its rim) the density is cos / (pi' sin^2 h);
+    // below sin^2 h = 1e-12 the rounding of cos decides.
+    double const s2 = g.get_angle_sin() * g.get_angle_sin();
+    FUZZ_ASSERT(mode == 2 || s2 < 1e-12 ||
+                    std::fmax(std::fabs(s.x - 0.5), std::fabs(s.y - 0.5)) > 0.4999 ||
+                    std::fabs(g.pdf(d) * (k_sampling_pi * s2) - dot(d, axis)) <= 1e-9,
+                "%s: pdf %.17g at (%.17g, %.17g)", name, g.pdf(d), s.x, s.y);
+    FUZZ_ASSERT(mode == 2 || dot(d, axis) >= cos_h - (1e-12 + 4e-16 / std::max(cos_h, 1e-12)),
+                "%s: ray outside the cone: d . D = %.17g, cos_h = %.17g", name, dot(d, axis),
+                cos_h);
   });
   // The quadrants and the cells of finer grids hold their rays (thin boxes
   // across a quadrant do not: the concentric map bends their long edges).
@@ -210,81 +263,129 @@ void fuzz_cosine(FuzzInput& in, std::vector<Vec2> const& samples) {
   decode_grid_cell(in, 2, corner0, corner1);
   if (mode != 2)
     check_frustum_holds(g, corner0, corner1, samples, name);
+  check_point_box(g, in, incoming.m_origin, false);
 }
 
-// A shading frame: random N, tangents turned about it, the anisotropy along
-// one of the four unit axes; Ng near N; I arriving from N's side.
+// A shading point decoded from the bytes (as the generators' tests draw
+// theirs), exponents from 0 to 1000.
+struct FuzzSource {
+  FuzzInput& in;
+  double any() { return in.between(-1.0, 1.0); }
+  Vec3 direction() { return in.direction(); }
+  unsigned int pick4() { return in.range(0, 3); }
+};
+
 template <typename Generator, typename... Eta>
-void init_anisotropic(FuzzInput& in, Generator& g, Vec3& n, Vec3& ng, Eta... eta) {
-  n = in.direction();
-  Vec3 t1, t2;
-  orthonormal_basis(n, t1, t2);
-  double const angle = in.between(-3.0, 3.0);
-  Vec3 const c1 = t1 * std::cos(angle) + t2 * std::sin(angle);
-  Vec3 const c2 = cross(n, c1);
-  GMathMatrix3x3<double> const shading(c1.x, c2.x, n.x, c1.y, c2.y, n.y, c1.z, c2.z, n.z);
-  GMathVec2<float> const axes[4] = {{1.0f, 0.0f}, {0.0f, 1.0f}, {-1.0f, 0.0f}, {0.0f, -1.0f}};
-  GMathVec2<float> const axis = axes[in.range(0, 3)];
-  ng = safe_normalize(n + in.direction() * 0.05, 1e-8);
-  Vec3 incoming = in.direction();
-  if (dot(incoming, n) > 0.0)
-    incoming = -incoming;
-  if (dot(incoming, n) > -0.1)
-    incoming = safe_normalize(incoming - n * 0.2, 1e-8);
-  bool const differentials = in.flag();
-  GMathRay const ray = decode_incoming(in, incoming, differentials);
-  Vec3 const position(in.between(-10.0, 10.0), in.between(-10.0, 10.0), in.between(-10.0, 10.0));
-  GeometryDifferential surface;
-  if (differentials)
-    surface = GeometryDifferential((c1 * in.between(-1, 1) + c2 * in.between(-1, 1)) * 0.01,
-                                   (c1 * in.between(-1, 1) + c2 * in.between(-1, 1)) * 0.01);
+anisotropic_test::Shading init_anisotropic(FuzzInput& in, Generator& g, Eta... eta) {
+  FuzzSource src{in};
   float const nu = static_cast<float>(in.flag() ? 0.0 : in.between(0.0, 1000.0));
   float const nv = static_cast<float>(in.flag() ? 0.0 : in.between(0.0, 1000.0));
-  g.init(ray, position, shading, ng, surface, nu, nv, axis, eta..., 0.0f, 0.0f);
-}
-
-void check_no_frustum(SampleRayGenerator const& g, char const* name) {
+  anisotropic_test::Shading const s = anisotropic_test::shading_from(src, nu, nv, in.flag());
+  anisotropic_test::init(g, s, eta...);
+  // No frustum: the planes are counted out.
   GMathFrustum frustum;
   frustum.m_plane_count = 7;
   g.get_frustum(Vec2(0.0, 0.0), Vec2(1.0, 1.0), frustum);
-  FUZZ_ASSERT(frustum.m_plane_count == 0, "%s: %u frustum planes", name, frustum.m_plane_count);
+  FUZZ_ASSERT(frustum.m_plane_count == 0, "anisotropic: %u frustum planes", frustum.m_plane_count);
+  return s;
 }
 
+// The ray is I mirrored about the chosen candidate normal.
 void fuzz_reflection(FuzzInput& in, std::vector<Vec2> const& samples) {
   AnisotropicReflectionRayGenerator g;
-  Vec3 n, ng;
-  init_anisotropic(in, g, n, ng);
-  check_paths(g, samples, "reflection", [&](Vec2 const&, GMathRay const& ray, double const& w) {
-    FUZZ_ASSERT(std::isfinite(w) && w >= 0.0, "reflection: weight %.17g", w);
-    FUZZ_ASSERT(unit_length(ray.m_direction), "reflection: |d| = %.17g", ray.m_direction.length());
-    check_differentials(ray, "reflection");
+  anisotropic_test::Shading const sh = init_anisotropic(in, g);
+  Vec3 const& i = sh.incoming.m_direction;
+  check_paths(g, samples, "reflection", [&](Vec2 const& s, GMathRay const& ray, double const& w) {
+    FUZZ_ASSERT(w == 1.0 && ray.m_origin == sh.position && ray.m_time == sh.incoming.m_time &&
+                    ray.m_type == GMathRay::k_type_reflection,
+                "reflection: weight, origin, time or type");
+    double spread;
+    bool retried;
+    Vec3 const n = anisotropic_test::mirror_normal(g, i, sh.geometric_normal, s, spread, retried);
+    Vec3 const& r = ray.m_direction;
+    FUZZ_ASSERT(unit_length(r) && (r - (i - n * (2.0 * dot(i, n)))).length() <= 1e-12,
+                "reflection: ray of (%.17g, %.17g) is not I mirrored", s.x, s.y);
+    // The density (but from v = 0: a normal in the surface) is the normal's
+    // over the Jacobian 4 |R . H|, counted once or twice (when the half-turned
+    // normal is retried into the same ray).
+    typedef AnisotropicLobe<AnisotropicReflectionRayGenerator> Lobe;
+    Vec3 const h = safe_normalize(r - i, 1e-8), local = Lobe::global_to_local(g, h);
+    double const ways =
+        g.pdf(r) * 4.0 * std::fabs(dot(r, h)) / Lobe::normal_pdf(g, local.z > 0.0 ? local : -local);
+    FUZZ_ASSERT(s.y == 0.0 || std::fabs(ways - 1.0) <= 1e-9 || std::fabs(ways - 2.0) <= 1e-9,
+                "reflection: density of (%.17g, %.17g) counts %.17g ways", s.x, s.y, ways);
   });
-  check_no_frustum(g, "reflection");
 }
 
+// A sample gives a ray exactly when a candidate normal refracts I below Ng,
+// and then that direction: Snell's law and the plane of I and H for a
+// transmitted one (to 1e-7: eta^2 is rounded to float), tangential to H
+// under total internal reflection.
 void fuzz_refraction(FuzzInput& in, std::vector<Vec2> const& samples) {
   AnisotropicRefractionRayGenerator g;
-  Vec3 n, ng;
   float const eta = static_cast<float>(in.between(0.5, 2.0));
-  init_anisotropic(in, g, n, ng, eta);
+  anisotropic_test::Shading const sh = init_anisotropic(in, g, eta);
+  Vec3 const &i = sh.incoming.m_direction, &ng = sh.geometric_normal;
+  for (Vec2 const& s : samples) {
+    GMathRay ray;
+    FUZZ_ASSERT(g.get_ray(s, ray, nullptr) ==
+                    anisotropic_test::expected_refraction(g, i, ng, eta, s).produced,
+                "refraction: a ray of (%.17g, %.17g) made or missed", s.x, s.y);
+  }
   // Under total internal reflection the auxiliary directions may stop being
   // finite (an unguarded case of the generator); the main ray stays finite.
-  check_paths(g, samples, "refraction", [&](Vec2 const&, GMathRay const& ray, double const& w) {
-    FUZZ_ASSERT(std::isfinite(w) && w >= 0.0, "refraction: weight %.17g", w);
-    FUZZ_ASSERT(dot(ray.m_direction, ng) < 0.0, "refraction: ray leaves on the incoming side");
-  });
-  check_no_frustum(g, "refraction");
+  auto const check = [&](Vec2 const& s, GMathRay const& ray, double const& w) {
+    FUZZ_ASSERT(w == 1.0 && ray.m_origin == sh.position && ray.m_time == sh.incoming.m_time &&
+                    ray.m_type == GMathRay::k_type_refraction,
+                "refraction: weight, origin, time or type");
+    anisotropic_test::Refracted const e = anisotropic_test::expected_refraction(g, i, ng, eta, s);
+    Vec3 const &t = ray.m_direction, &h = e.normal;
+    double const sin_i = cross(i, h).length(), sin_t = cross(t, h).length();
+    FUZZ_ASSERT(t == e.direction && dot(t, ng) < 0.0 && std::fabs(dot(cross(i, h), t)) <= 1e-12,
+                "refraction: ray of (%.17g, %.17g) not the chosen one", s.x, s.y);
+    FUZZ_ASSERT(e.transmits ? std::fabs(eta * sin_i - sin_t) <= 1e-7 && dot(t, h) < 0.0 &&
+                                  std::fabs(t.length() - 1.0) <= 1e-7
+                            : std::fabs(dot(t, h)) <= 1e-12,
+                "refraction: ray of (%.17g, %.17g) breaks Snell's law", s.x, s.y);
+    // A transmitted ray's density is the normal's times |T . H| / |eta I - T|^2,
+    // counted once or twice (the half-turned normal retried).
+    typedef AnisotropicLobe<AnisotropicRefractionRayGenerator> Lobe;
+    Vec3 const bend = i * eta - t;
+    double const ways = g.pdf(t) * dot(bend, bend) /
+                        (Lobe::normal_pdf(g, Lobe::global_to_local(g, h)) * -dot(t, h));
+    // T is unit to about 1e-8 (eta^2 rounded to float): the half vector
+    // rebuilt from a short bend turns by 1e-8 / |bend|, magnified by pow.
+    double const tol = 1e-8 * (2.0 + sh.nu + sh.nv) / bend.length();
+    FUZZ_ASSERT(
+        !e.transmits || s.y == 0.0 || std::fabs(ways - 1.0) <= tol || std::fabs(ways - 2.0) <= tol,
+        "refraction: density of (%.17g, %.17g) counts %.17g ways", s.x, s.y, ways);
+  };
+  check_paths(g, samples, "refraction", check, true);
 }
 
+// Every ray is the one built field by field from Sampling::sphere_uniform's
+// frame: from the centre, the auxiliary directions turned by atan(A) towards
+// the tangent and atan(B) towards the bitangent, A = (1 - rx) 2pi and
+// B = (1 - ry) pi.
 void fuzz_sphere(FuzzInput& in, std::vector<Vec2> const& samples) {
-  UniformSphereRayGenerator g(static_cast<GMathRay::Type>(in.range(0, 5)), in.between(0.0, 1.0));
+  GMathRay::Type const type = static_cast<GMathRay::Type>(in.range(0, 5));
+  double const time = in.between(0.0, 1.0), rx = in.between(0.0, 1.5), ry = in.between(0.0, 1.5);
+  UniformSphereRayGenerator g(type, time);
   Vec3 const centre(in.between(-10.0, 10.0), in.between(-10.0, 10.0), in.between(-10.0, 10.0));
-  g.init(centre, in.between(0.0, 1.0), in.between(0.0, 1.0));
-  check_paths(g, samples, "sphere", [&](Vec2 const&, GMathRay const& ray, double const& w) {
-    FUZZ_ASSERT(w == 1.0, "sphere: weight %.17g", w);
-    FUZZ_ASSERT(ray.m_origin == centre, "sphere: origin is not the centre");
-    FUZZ_ASSERT(unit_length(ray.m_direction), "sphere: |d| = %.17g", ray.m_direction.length());
-    check_differentials(ray, "sphere");
+  g.init(centre, rx, ry);
+  double const a = (1.0 - rx) * k_sampling_two_pi, b = (1.0 - ry) * k_sampling_pi;
+  double const cos_x = 1.0 / std::sqrt(a * a + 1.0), cos_y = 1.0 / std::sqrt(b * b + 1.0);
+  check_paths(g, samples, "sphere", [&](Vec2 const& s, GMathRay const& ray, double const& w) {
+    Vec3 d, tangent, bitangent;
+    Sampling::sphere_uniform(s.x, s.y, d, tangent, bitangent);
+    GMathRay plain(centre, d, type, time);
+    GMathRayDifferential differential;
+    differential.m_rx_origin = differential.m_ry_origin = centre;
+    differential.m_rx_direction = d * cos_x + tangent * (cos_x * a);
+    differential.m_ry_direction = d * cos_y + bitangent * (cos_y * b);
+    plain.set_differentials(differential);
+    FUZZ_ASSERT(w == 1.0 && same_ray_bits(ray, plain), "sphere: ray of (%.17g, %.17g) differs", s.x,
+                s.y);
   });
   // Boxes spanning at most a sixth of v hold their rays.
   Vec2 corner0, corner1;
@@ -292,35 +393,57 @@ void fuzz_sphere(FuzzInput& in, std::vector<Vec2> const& samples) {
   corner1.y = corner0.y + (corner1.y - corner0.y) / 6.0;
   if (corner1.x - corner0.x > 1e-3 && corner1.y - corner0.y > 1e-3)
     check_frustum_holds(g, corner0, corner1, samples, "sphere");
+  check_point_box(g, in, centre, false);
 }
 
-// The line, plane and disk: a frame of rotation, uniform scale and
+// 1 - the spread reduction clamped to [0, 1], a NaN counting as 0: the share
+// of the shape's side (the disk's diameter) an auxiliary target moves by.
+double share(double const& reduction) {
+  return reduction >= 1.0 ? 0.0 : (reduction > 0.0 ? 1.0 - reduction : 1.0);
+}
+
+// A spread reduction: in [0, 1.5], or one of the clamp's edge cases.
+double decode_reduction(FuzzInput& in) {
+  double const edges[7] = {NAN, -3.0, 0.0, 1.0, 7.0, 0.9999, 1.0 - 1e-12};
+  return in.flag() ? edges[in.range(0, 6)] : in.between(0.0, 1.5);
+}
+
+// The line, plane and disk: a frame of rotation, unequal scales and
 // translation; the ray origin off the shape by at least 0.05 local units.
 template <typename Generator>
 void fuzz_shape(FuzzInput& in, std::vector<Vec2> const& samples, unsigned int shape) {
   char const* const names[] = {"line", "plane", "disk"};
   char const* const name = names[shape];
-  Vec3 const z = in.direction();
-  Vec3 x, y;
-  orthonormal_basis(z, x, y);
-  double const scale = in.between(0.1, 10.0);
+  Vec3 axis[3];
+  axis[2] = in.direction();
+  orthonormal_basis(axis[2], axis[0], axis[1]);
+  double const scale[3] = {in.between(0.1, 10.0), in.between(0.1, 10.0), in.between(0.1, 10.0)};
   Vec3 const t(in.between(-10.0, 10.0), in.between(-10.0, 10.0), in.between(-10.0, 10.0));
   GMathMatrix4x4<double> frame;
-  Vec3 const axis[3] = {x * scale, y * scale, z * scale};
   for (int r = 0; r < 3; ++r) {
     for (int c = 0; c < 3; ++c)
-      frame(r, c) = r == 0 ? axis[c].x : r == 1 ? axis[c].y : axis[c].z;
+      frame(r, c) = axis[c][r] * scale[c];
+    frame(r, 3) = t[r];
   }
-  frame(0, 3) = t.x;
-  frame(1, 3) = t.y;
-  frame(2, 3) = t.z;
   double const radius = in.between(0.05, 2.0);
   double const height = (in.flag() ? 1.0 : -1.0) * in.between(0.05, 3.0);
   Vec3 const local_origin(in.between(-2.0, 2.0), in.between(-2.0, 2.0), height);
   Vec3 const origin = frame.transform_point(local_origin);
-  double const reduction_x = in.between(0.0, 1.5), reduction_y = in.between(0.0, 1.5);
+  double const reduction_x = decode_reduction(in), reduction_y = decode_reduction(in);
+  double const size = shape == 2 ? 2.0 * radius : 1.0;
+  Vec3 const dx = axis[0] * (scale[0] * share(reduction_x) * size);
+  Vec3 const dy = axis[1] * (scale[1] * share(reduction_y) * size);
+  bool const differentials = share(reduction_x) > 0.0 || (shape > 0 && share(reduction_y) > 0.0);
+  // Targets spread uniformly: per world area 1 / (the shape's local area
+  // times the frame's unit area); the line has no density per solid angle.
+  double const area_pdf =
+      shape == 0
+          ? 0.0
+          : 1.0 / ((shape == 2 ? k_sampling_pi * radius * radius : 1.0) * scale[0] * scale[1]);
 
-  Generator g(static_cast<GMathRay::Type>(in.range(0, 5)), in.between(0.0, 1.0));
+  GMathRay::Type const type = static_cast<GMathRay::Type>(in.range(0, 5));
+  double const time = in.between(0.0, 1.0);
+  Generator g(type, time);
   if constexpr (std::is_same<Generator, LineRayGenerator>::value)
     g.init(origin, frame, reduction_x);
   else if constexpr (std::is_same<Generator, PlaneRayGenerator>::value)
@@ -333,29 +456,45 @@ void fuzz_shape(FuzzInput& in, std::vector<Vec2> const& samples, unsigned int sh
     g.discard_clipped_samples(normal);
 
   check_paths(g, samples, name, [&](Vec2 const& s, GMathRay const& ray, double const& w) {
-    FUZZ_ASSERT(ray.m_origin == origin, "%s: origin moved", name);
-    FUZZ_ASSERT(unit_length(ray.m_direction), "%s: |d| = %.17g", name, ray.m_direction.length());
-    FUZZ_ASSERT(std::isfinite(w) && w > 0.0, "%s: distance %.17g", name, w);
+    FUZZ_ASSERT(ray.m_origin == origin && ray.m_type == type && ray.m_time == time &&
+                    unit_length(ray.m_direction) && std::isfinite(w) && w > 0.0,
+                "%s: origin, type, time, |d| %.17g or distance %.17g", name,
+                ray.m_direction.length(), w);
     Vec3 const to_target = ray.m_direction * w;
     if (discard)
       FUZZ_ASSERT(dot(to_target, normal) > -1e-12 * w * normal.length(),
                   "%s: kept a target below the clip plane", name);
     // The target in local coordinates lies on the shape.
     Vec3 const d = origin + to_target - t;
-    Vec3 const local(dot(d, x) / scale, dot(d, y) / scale, dot(d, z) / scale);
-    double const tol = 1e-9 * (1.0 + w / scale);
+    Vec3 const local(dot(d, axis[0]) / scale[0], dot(d, axis[1]) / scale[1],
+                     dot(d, axis[2]) / scale[2]);
+    double const tol = 1e-9 * (1.0 + w / std::fmin(std::fmin(scale[0], scale[1]), scale[2]));
     FUZZ_ASSERT(std::fabs(local.z) <= tol, "%s: target %.3g off the shape's plane", name, local.z);
-    if (shape == 0)
-      FUZZ_ASSERT(std::fabs(local.x - (s.x - 0.5)) <= tol && std::fabs(local.y) <= tol,
-                  "%s: target (%.17g, %.17g) is not the sample's point", name, local.x, local.y);
-    if (shape == 1)
-      FUZZ_ASSERT(
-          std::fabs(local.x - (s.x - 0.5)) <= tol && std::fabs(local.y - (s.y - 0.5)) <= tol,
-          "%s: target (%.17g, %.17g) is not the sample's point", name, local.x, local.y);
-    if (shape == 2)
-      FUZZ_ASSERT(std::hypot(local.x, local.y) <= radius + tol, "%s: target outside the disk",
-                  name);
-    check_differentials(ray, name);
+    Vec2 const want(s.x - 0.5, shape == 1 ? s.y - 0.5 : 0.0);
+    FUZZ_ASSERT(shape == 2
+                    ? std::hypot(local.x, local.y) <= radius + tol
+                    : std::fabs(local.x - want.x) <= tol && std::fabs(local.y - want.y) <= tol,
+                "%s: target (%.17g, %.17g) is not the sample's point", name, local.x, local.y);
+    // The auxiliary rays aim at the target moved by dx and dy (the line's y
+    // one by dx x (target - origin)).
+    FUZZ_ASSERT(ray.m_has_differentials == differentials, "%s: differentials switched", name);
+    // The density per solid angle is the area density times t^2 / |cos|
+    // (off the shape's edge, where the rounding of the target decides).
+    double const pdf = area_pdf * w * w / std::fabs(dot(ray.m_direction, axis[2]));
+    FUZZ_ASSERT(std::fmax(std::fabs(s.x - 0.5), std::fabs(s.y - 0.5)) > 0.4999 ||
+                    std::fabs(g.pdf(ray.m_direction) - pdf) <= 1e-9 * pdf,
+                "%s: pdf %.17g, not %.17g", name, g.pdf(ray.m_direction), pdf);
+    Vec3 const ax = to_target + dx, ay = to_target + (shape == 0 ? cross(dx, to_target) : dy);
+    double const reach = 1.0 + w + dx.length() + dy.length() * (1.0 + w);
+    FUZZ_ASSERT(!differentials || ax.length() < 1e-6 || ay.length() < 1e-6 ||
+                    ((ray.m_differential.m_rx_direction - ax * (1.0 / ax.length())).length() <=
+                         1e-12 * reach / ax.length() &&
+                     (ray.m_differential.m_ry_direction - ay * (1.0 / ay.length())).length() <=
+                         1e-12 * reach / ay.length()),
+                "%s: auxiliary rays of (%.17g, %.17g) miss their moved targets", name, s.x, s.y);
+    FUZZ_ASSERT(!differentials || (ray.m_differential.m_rx_origin == origin &&
+                                   ray.m_differential.m_ry_origin == origin),
+                "%s: auxiliary origins", name);
   });
   // Line and plane frusta hold any box. The disk's widening tilts each side
   // by 0.025 of the corner vectors' sum, a world length, so whether it covers
@@ -364,46 +503,28 @@ void fuzz_shape(FuzzInput& in, std::vector<Vec2> const& samples, unsigned int sh
   // checked.
   Vec2 corner0, corner1;
   decode_box(in, corner0, corner1);
-  if (shape == 2) {
-    GMathFrustum frustum;
-    g.get_frustum(corner0, corner1, frustum);
-    FUZZ_ASSERT(frustum.m_plane_count == 4, "disk: %u frustum planes", frustum.m_plane_count);
-    for (unsigned int k = 0; k < 4; ++k)
-      FUZZ_ASSERT(finite(frustum.m_plane_normal[k]) && std::isfinite(frustum.m_plane_distance[k]),
-                  "disk: frustum plane %u not finite", k);
-  } else if (corner1.x - corner0.x > 1e-3 && corner1.y - corner0.y > 1e-3) {
+  if (shape != 2 && corner1.x - corner0.x > 1e-3 && corner1.y - corner0.y > 1e-3)
     check_frustum_holds(g, corner0, corner1, samples, name);
-  }
+  check_point_box(g, in, origin, shape == 0);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  typedef void (*Fuzz)(FuzzInput&, std::vector<Vec2> const&);
+  Fuzz const generators[7] = {
+      &fuzz_cosine,
+      &fuzz_reflection,
+      &fuzz_refraction,
+      &fuzz_sphere,
+      [](FuzzInput& in, std::vector<Vec2> const& s) { fuzz_shape<LineRayGenerator>(in, s, 0); },
+      [](FuzzInput& in, std::vector<Vec2> const& s) { fuzz_shape<PlaneRayGenerator>(in, s, 1); },
+      [](FuzzInput& in, std::vector<Vec2> const& s) { fuzz_shape<DiskRayGenerator>(in, s, 2); }};
   FuzzInput in(data, size);
   unsigned int const generator = in.range(0, 6);
-  std::vector<Vec2> const samples = decode_samples(in);
-  switch (generator) {
-    case 0:
-      fuzz_cosine(in, samples);
-      break;
-    case 1:
-      fuzz_reflection(in, samples);
-      break;
-    case 2:
-      fuzz_refraction(in, samples);
-      break;
-    case 3:
-      fuzz_sphere(in, samples);
-      break;
-    case 4:
-      fuzz_shape<LineRayGenerator>(in, samples, 0);
-      break;
-    case 5:
-      fuzz_shape<PlaneRayGenerator>(in, samples, 1);
-      break;
-    default:
-      fuzz_shape<DiskRayGenerator>(in, samples, 2);
-      break;
-  }
+  std::vector<Vec2> samples(in.range(0, 48));
+  for (Vec2& s : samples)
+    s = Vec2(in.unit(), in.unit());
+  generators[generator](in, samples);
   return 0;
 }

@@ -23,20 +23,11 @@ typedef CoreArray<GeometryPrimitiveSampleDescriptor> Descriptors;
 typedef CoreArray<Vec3> Vectors;
 unsigned int const k_all_groups = 0xFFFFFFFFu;
 
-bool same(Descriptors const& a, Descriptors const& b) {
+// Same length and the same bytes.
+template <typename T>
+bool same(CoreArray<T> const& a, CoreArray<T> const& b) {
   return a.count() == b.count() &&
-         (a.count() == 0 ||
-          std::memcmp(a.data(), b.data(), a.count() * sizeof(GeometryPrimitiveSampleDescriptor)) ==
-              0);
-}
-
-bool same(Vectors const& a, Vectors const& b) {
-  if (a.count() != b.count())
-    return false;
-  for (unsigned int i = 0; i < a.count(); ++i)
-    if (std::memcmp(&a[i], &b[i], sizeof(Vec3)) != 0)
-      return false;
-  return true;
+         (a.empty() || std::memcmp(a.data(), b.data(), a.count() * sizeof(T)) == 0);
 }
 
 // A mesh of 1 to 8 faces over 3 to 10 vertices on a coarse grid, so that

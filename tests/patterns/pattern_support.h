@@ -28,6 +28,23 @@ inline bool same_bits(Points const& a, Points const& b) {
   return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
 }
 
+// All samples of a sampler of one packet, checking that the packet of the
+// whole square and every get_sample give them too, bit for bit.
+inline Points all_paths(Sampler2d& sampler) {
+  Points const all = all_samples(sampler);
+  Points packet(all.size() + 1), one(all.size());
+  GMathVec2<double> c0, c1;
+  EXPECT_EQ(sampler.get_packet_count(), 1u);
+  EXPECT_EQ(sampler.get_packet_samples(0, packet.data(), c0, c1), all.size());
+  packet.pop_back();
+  EXPECT_TRUE(same_bits(packet, all) && c0 == GMathVec2<double>(0, 0) &&
+              c1 == GMathVec2<double>(1, 1));
+  for (unsigned int i = 0; i < all.size(); ++i)
+    sampler.get_sample(i, one[i]);
+  EXPECT_TRUE(same_bits(one, all)) << "get_sample";
+  return all;
+}
+
 // The base-2 radical inverse by its digit loop.
 inline double plain_radical_inverse_2(unsigned int n) {
   double result = 0.0, w = 0.5;

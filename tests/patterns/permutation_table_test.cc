@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -14,13 +16,9 @@ namespace {
 typedef HierarchicalSampler2dAccess Access;
 
 bool is_permutation(unsigned int const* p, unsigned int const& count) {
-  std::vector<bool> seen(count, false);
-  for (unsigned int k = 0; k < count; ++k) {
-    if (p[k] >= count || seen[p[k]])
-      return false;
-    seen[p[k]] = true;
-  }
-  return true;
+  std::vector<unsigned int> identity(count);
+  std::iota(identity.begin(), identity.end(), 0u);
+  return std::is_permutation(p, p + count, identity.begin());
 }
 
 // Mean squared distance between consecutive points q(p[k]) of the
@@ -34,14 +32,6 @@ double mean_step2(std::vector<unsigned int> const& p) {
     sum += dx * dx + dy * dy;
   }
   return sum / static_cast<double>(p.size() - 1);
-}
-
-std::vector<unsigned int> built(unsigned int const& count) {
-  std::vector<unsigned int> p(count);
-  for (unsigned int k = 0; k < count; ++k)
-    p[k] = k;
-  build_indices(p.data(), count);
-  return p;
 }
 
 }  // namespace
@@ -79,7 +69,10 @@ TEST(PermutationTable, BuildsTheGreedyWalkOverTheRandomTable) {
 // order about 1/3).
 TEST(PermutationTable, ConsecutivePointsLieFarApart) {
   for (unsigned int count : {256u, 2048u}) {
-    double const step2 = mean_step2(built(count));
+    std::vector<unsigned int> p(count);
+    std::iota(p.begin(), p.end(), 0u);
+    build_indices(p.data(), count);
+    double const step2 = mean_step2(p);
     EXPECT_TRUE(step2 > 0.5) << "M " << count << " mean squared step " << step2;
   }
 }

@@ -22,25 +22,15 @@ TEST(RadicalInverse2, ClosedFormAndSobolBytesEqualTheirBitLoops) {
   EXPECT_EQ(sobol_2_by_bytes(0xFFFFFFFFu), sobol_2(0xFFFFFFFFu));
 }
 
-// A base: the samplers' small ones, powers of two, and any 32-bit value from
-// 2 up, the extremes included.
-static unsigned int random_divisor(std::mt19937& rng, unsigned int const& i) {
-  switch (i % 4) {
-    case 0:
-      return 2u + rng() % 63u;
-    case 1:
-      return 1u << (1u + rng() % 31u);
-    case 2:
-      return i % 8 == 2 ? 0xFFFFFFFFu - rng() % 3u : 2u + rng() % 0xFFFFu;
-    default:
-      return rng() | 2u;
-  }
-}
-
 TEST(DigitDivisor, QuotientAndRadicalInverseAreThePlainDivision) {
   std::mt19937 rng(2718);
   for (unsigned int i = 0; i < 300000; ++i) {
-    unsigned int const d = random_divisor(rng, i);
+    // A base: the samplers' small ones, powers of two, and any 32-bit value
+    // from 2 up, the extremes included.
+    unsigned int const r = static_cast<unsigned int>(rng());
+    unsigned int const choices[4] = {2u + r % 63u, 1u << (1u + r % 31u),
+                                     i % 8 == 2 ? 0xFFFFFFFFu - r % 3u : 2u + r % 0xFFFFu, r | 2u};
+    unsigned int const d = choices[i % 4];
     DigitDivisor const divisor(d);
     // Random n, the values around a multiple of d where the quotient steps,
     // and the ends of the range.

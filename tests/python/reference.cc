@@ -1,7 +1,7 @@
 // Reference values for the Python tests, computed by the library through
 // its one-at-a-time paths: Sampler2d::get_sample per index where the package
 // fills arrays with get_all_samples, SampleRayGenerator::get_ray per sample
-// where the package calls get_rays, each warp per sample.
+// where the package calls get_rays.
 //
 //   sampling_python_reference <entry> <numbers...>  < samples  > values
 //
@@ -15,7 +15,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/geometry/geometry_mesh.h"
 #include "sampling/ray_generators.h"
 #include "sampling/samplers.h"
 #include "sampling/sampling.h"
@@ -64,43 +63,6 @@ void put(Vec2 const& v) {
 }
 void put(Vec3 const& v) {
   put(v.x), put(v.y), put(v.z);
-}
-
-// The warp's point, again with its frame, then its density and its inverse
-// at that point.
-void warp(std::string const& name, double const& s, Vec2 const& uv) {
-  Vec3 d, e, t, b;
-  double const u = uv.x, v = uv.y;
-  double pdf = 0.0, iu, iv;
-#define SAMPLING_REFERENCE_WARP(warp_name)                                  \
-  if (name == #warp_name) {                                                 \
-    Sampling::warp_name(u, v, d, s), Sampling::warp_name(u, v, e, t, b, s); \
-    pdf = Sampling::warp_name##_pdf(d, s);                                  \
-    Sampling::warp_name##_inverse(d, s, iu, iv);                            \
-  }
-  SAMPLING_REFERENCE_WARP(hemisphere_uniform)
-  SAMPLING_REFERENCE_WARP(hemisphere_uniform_concentric)
-  SAMPLING_REFERENCE_WARP(hemisphere_cosine)
-  SAMPLING_REFERENCE_WARP(hemisphere_cosine_concentric)
-#undef SAMPLING_REFERENCE_WARP
-#define SAMPLING_REFERENCE_WARP(warp_name)                            \
-  if (name == #warp_name) {                                           \
-    Sampling::warp_name(u, v, d), Sampling::warp_name(u, v, e, t, b); \
-    pdf = Sampling::warp_name##_pdf(d);                               \
-    Sampling::warp_name##_inverse(d, iu, iv);                         \
-  }
-  SAMPLING_REFERENCE_WARP(sphere_uniform)
-  SAMPLING_REFERENCE_WARP(sphere_cosine)
-#undef SAMPLING_REFERENCE_WARP
-  if (name == "disk_concentric") {
-    Sampling::disk_concentric(u, v, d), Sampling::disk_concentric(u, v, e, t, b);
-    pdf = Sampling::disk_concentric_pdf();
-    Sampling::disk_concentric_inverse(d, iu, iv);
-  } else if (name == "to_unit_disk") {
-    Sampling::to_unit_disk(u, v, d.x, d.y);
-    Sampling::to_unit_disk_inverse(d.x, d.y, iu, iv);
-  }
-  put(d), put(e), put(t), put(b), put(pdf), put(iu), put(iv);
 }
 
 // N, the samples one by one, P, then per packet its count, box and samples.
@@ -251,44 +213,6 @@ void rays(std::string const& kind, bool frusta, Arguments& a) {
   }
 }
 
-// n, spacing, then per point: primitive, u, v, position, normal, tangent.
-void surface(Arguments& a) {
-  bool const blue = a.real() != 0.0, by_count = a.real() != 0.0;
-  double const amount = a.real();
-  unsigned int const group = a.u32();
-  CtxEval const context(a.real());
-  GMathMatrix4x4<double> const matrix = a.matrix4();
-  GeometryMesh mesh;
-  for (unsigned int n = a.u32(), i = 0; i < n; ++i)
-    mesh.add_vertex(a.vec3());
-  for (unsigned int n = a.u32(), i = 0; i < n; ++i) {
-    unsigned int const v0 = a.u32(), v1 = a.u32(), v2 = a.u32();
-    mesh.add_triangle(v0, v1, v2, a.u32());
-  }
-  for (unsigned int n = a.u32(), i = 0; i < n; ++i) {
-    unsigned int const v0 = a.u32(), v1 = a.u32(), v2 = a.u32(), v3 = a.u32();
-    mesh.add_quad(v0, v1, v2, v3, a.u32());
-  }
-  CoreArray<GeometryPrimitiveSampleDescriptor> d;
-  CoreArray<Vec3> p, na, nb;
-  double spacing = -1.0;
-  unsigned int const count = static_cast<unsigned int>(amount);
-  if (blue && by_count)
-    Sampling::surface_blue_noise_count(context, mesh, matrix, count, d, p, na, nb, spacing, group);
-  else if (blue)
-    Sampling::surface_blue_noise_density(context, mesh, matrix, amount, d, p, na, nb, spacing,
-                                         group);
-  else if (by_count)
-    Sampling::surface_random_noise_count(context, mesh, matrix, count, d, p, na, nb, spacing,
-                                         group);
-  else
-    Sampling::surface_random_noise_density(context, mesh, matrix, amount, d, p, na, nb, spacing,
-                                           group);
-  put(d.count()), put(spacing);
-  for (std::size_t i = 0; i < d.count(); ++i)
-    put(d[i].m_primitive), put(d[i].m_u), put(d[i].m_v), put(p[i]), put(na[i]), put(nb[i]);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -297,54 +221,39 @@ int main(int argc, char** argv) {
   Sampling::init();
   std::string const entry = argv[1];
   Arguments a{argv + 2, argv + argc};
-  if (entry == "warp") {
-    std::string const name = argc > 2 ? argv[2] : "";
-    a.next++;
-    double const scale = a.real();
-    for (Vec2 const& uv : read_samples())
-      warp(name, scale, uv);
-  } else if (entry == "shuffle_index") {
-    unsigned int const count = a.u32();
-    for (Vec2 const& s : read_samples())
-      put(Sampling::shuffle_index(static_cast<unsigned int>(s.x), count));
-  } else if (entry == "stratified") {
+  if (entry == "stratified") {
     GRandomMt random(a.u32());
     StratifiedSampler2d s;
     unsigned int const cx = a.u32(), cy = a.u32(), px = a.u32(), py = a.u32();
     double const jx = a.real();
     s.init(random, cx, cy, px, py, jx, a.real());
     sampler(s, true);
-  } else if (entry == "hammersley") {
-    HammersleySampler2d s;
-    unsigned int const seed = a.u32(), cx = a.u32(), cy = a.u32();
-    if (a.next == a.end) {
-      s.init(seed, cx, cy);
-    } else {
-      unsigned int const px = a.u32();
-      s.init(seed, cx, cy, px, a.u32());
-    }
-    sampler(s, false);
-  } else if (entry == "hammersley_sub") {
-    HammersleySampler2d s;
-    unsigned int const seed = a.u32(), sets = a.u32(), set = a.u32();
-    s.init_sub(seed, sets, set, a.u32());
-    sampler(s, false);
-  } else if (entry == "halton") {
-    HaltonSampler2d s;
-    unsigned int const seed = a.u32(), cx = a.u32(), cy = a.u32();
-    s.init(seed, cx, cy, a.u32());
-    sampler(s, false);
   } else if (entry == "hierarchical") {
     HierarchicalSampler2d s(static_cast<HierarchicalSampler2d::Mode>(a.u32()));
     unsigned int const seed = a.u32(), count = a.u32(), sets = a.u32();
     s.init(seed, count, sets, a.u32());
     sampler(s, false);
+  } else if (entry == "hammersley" || entry == "hammersley_sub" || entry == "halton") {
+    // seed, count_x, count_y[, packet sizes]; seed, sets, set, count; seed,
+    // count_x, count_y, base.
+    unsigned int const seed = a.u32(), n1 = a.u32(), n2 = a.u32();
+    HammersleySampler2d h;
+    HaltonSampler2d halton;
+    if (entry == "halton")
+      halton.init(seed, n1, n2, a.u32());
+    else if (entry == "hammersley_sub")
+      h.init_sub(seed, n1, n2, a.u32());
+    else if (a.next == a.end)
+      h.init(seed, n1, n2);
+    else {
+      unsigned int const px = a.u32();
+      h.init(seed, n1, n2, px, a.u32());
+    }
+    sampler(entry == "halton" ? static_cast<Sampler2d&>(halton) : h, false);
   } else if (entry == "rays" || entry == "frusta") {
     std::string const kind = argc > 2 ? argv[2] : "";
     a.next++;
     rays(kind, entry == "frusta", a);
-  } else if (entry == "surface") {
-    surface(a);
   } else {
     return 2;
   }

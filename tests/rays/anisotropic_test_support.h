@@ -1,14 +1,9 @@
 #pragma once
 
-// Shading points and checks shared by the tests of the two anisotropic
-// generators.
-
-#include <gtest/gtest.h>
+// Shading points shared by the tests of the two anisotropic generators.
 
 #include <cmath>
-#include <cstring>
 #include <random>
-#include <vector>
 
 #include "platform/geometry/geometry_differential.h"
 #include "platform/math/gmath_matrix3x3.h"
@@ -20,75 +15,81 @@
 
 namespace anisotropic_test {
 
+typedef GMathVec3<double> V3;
+
 // A shading point: the arguments of init except eta.
 struct Shading {
   GMathRay incoming;
-  GMathVec3<double> position;
+  V3 position;
   GMathMatrix3x3<double> matrix;  // columns: first tangent, second tangent, N
-  GMathVec3<double> geometric_normal;
+  V3 geometric_normal{0.0, 0.0, 1.0};
   GeometryDifferential differential;
-  float nu = 1.0f;
-  float nv = 1.0f;
-  GMathVec2<float> direction = GMathVec2<float>(1.0f, 0.0f);
+  float nu = 1.0f, nv = 1.0f;
+  GMathVec2<float> direction{1.0f, 0.0f};
 };
-
-// The shading matrix whose columns are t1, t2 and n.
-inline GMathMatrix3x3<double> frame_matrix(GMathVec3<double> const& t1, GMathVec3<double> const& t2,
-                                           GMathVec3<double> const& n) {
-  return GMathMatrix3x3<double>(t1.x, t2.x, n.x, t1.y, t2.y, n.y, t1.z, t2.z, n.z);
-}
 
 // Identity frame (T = x, B = y, N = z) at the origin, the incoming ray along
 // `incoming` with no differentials.
-inline Shading flat_shading(float nu, float nv, GMathVec3<double> const& incoming) {
+inline Shading flat_shading(float nu, float nv, V3 const& incoming) {
   Shading s;
-  s.incoming = GMathRay(GMathVec3<double>(0.0, 0.0, 1.0), incoming);
-  s.geometric_normal = GMathVec3<double>(0.0, 0.0, 1.0);
+  s.incoming = GMathRay(V3(0.0, 0.0, 1.0), incoming);
   s.nu = nu;
   s.nv = nv;
   return s;
 }
 
-// A random shading point: random N, a random orthonormal tangent pair, Ng within a few degrees of
-// N, I arriving from N's side (I . N below -0.1), and when asked incoming and surface differentials
-// of size about 0.01.
-inline Shading random_shading(std::mt19937_64& rng, float nu, float nv, bool differentials) {
-  std::uniform_real_distribution<double> any(-1.0, 1.0);
+// A shading point drawn from `src` (any() uniform in [-1, 1], direction() a
+// unit vector, pick4() one of 0..3): random N, tangents turned by a random
+// angle about it (orthonormal to double precision), the anisotropy along one
+// of the four unit axes, Ng within a few degrees of N, I arriving from N's
+// side (I . N below -0.1) at time 0.25, and when asked incoming and surface
+// differentials of size about 0.01.
+template <typename Source>
+Shading shading_from(Source& src, float nu, float nv, bool differentials) {
+  auto const any3 = [&] { return V3(src.any(), src.any(), src.any()); };
   Shading s;
-  GMathVec3<double> const n = random_unit(rng);
-  GMathVec3<double> t1, t2;
+  V3 const n = src.direction();
+  V3 t1, t2;
   orthonormal_basis(n, t1, t2);
-  // The tangent columns turned by a random angle about N, and the anisotropy
-  // direction one of the four unit axes, so that the frame stays orthonormal
-  // to double precision.
-  double const angle = 3.0 * any(rng);
-  GMathVec3<double> const c1 = t1 * std::cos(angle) + t2 * std::sin(angle);
-  GMathVec3<double> const c2 = cross(n, c1);
-  s.matrix = frame_matrix(c1, c2, n);
+  double const angle = 3.0 * src.any();
+  V3 const c1 = t1 * std::cos(angle) + t2 * std::sin(angle), c2 = cross(n, c1);
+  s.matrix = GMathMatrix3x3<double>(c1.x, c2.x, n.x, c1.y, c2.y, n.y, c1.z, c2.z, n.z);
   GMathVec2<float> const axes[4] = {{1.0f, 0.0f}, {0.0f, 1.0f}, {-1.0f, 0.0f}, {0.0f, -1.0f}};
-  s.direction = axes[rng() % 4];
-  s.geometric_normal = unit(n + GMathVec3<double>(any(rng), any(rng), any(rng)) * 0.05);
-  GMathVec3<double> incoming = random_unit(rng);
+  s.direction = axes[src.pick4()];
+  s.geometric_normal = safe_normalize(n + any3() * 0.05, 1e-8);
+  V3 incoming = src.direction();
   if (dot(incoming, n) > 0.0)
     incoming = -incoming;
   if (dot(incoming, n) > -0.1)
-    incoming = unit(incoming - n * 0.2);
-  s.position = GMathVec3<double>(any(rng), any(rng), any(rng)) * 10.0;
+    incoming = safe_normalize(incoming - n * 0.2, 1e-8);
+  s.position = any3() * 10.0;
   s.incoming = GMathRay(s.position - incoming * 3.0, incoming, GMathRay::k_type_camera, 0.25);
   if (differentials) {
     GMathRayDifferential d;
-    d.m_rx_origin = s.incoming.m_origin + GMathVec3<double>(0.01, 0.0, 0.0);
-    d.m_ry_origin = s.incoming.m_origin + GMathVec3<double>(0.0, 0.01, 0.0);
-    d.m_rx_direction = incoming + GMathVec3<double>(any(rng), any(rng), any(rng)) * 0.01;
-    d.m_ry_direction = incoming + GMathVec3<double>(any(rng), any(rng), any(rng)) * 0.01;
+    d.m_rx_origin = s.incoming.m_origin + V3(0.01, 0.0, 0.0);
+    d.m_ry_origin = s.incoming.m_origin + V3(0.0, 0.01, 0.0);
+    d.m_rx_direction = incoming + any3() * 0.01;
+    d.m_ry_direction = incoming + any3() * 0.01;
     s.incoming.set_differentials(d);
     s.differential =
-        GeometryDifferential((t1 * any(rng) + t2 * any(rng)) * 0.01 + n * (0.001 * any(rng)),
-                             (t1 * any(rng) + t2 * any(rng)) * 0.01 + n * (0.001 * any(rng)));
+        GeometryDifferential((t1 * src.any() + t2 * src.any()) * 0.01 + n * (0.001 * src.any()),
+                             (t1 * src.any() + t2 * src.any()) * 0.01 + n * (0.001 * src.any()));
   }
   s.nu = nu;
   s.nv = nv;
   return s;
+}
+
+struct RandomSource {
+  std::mt19937_64& rng;
+  double any() { return std::uniform_real_distribution<double>(-1.0, 1.0)(rng); }
+  V3 direction() { return random_unit(rng); }
+  unsigned int pick4() { return static_cast<unsigned int>(rng() % 4); }
+};
+
+inline Shading random_shading(std::mt19937_64& rng, float nu, float nv, bool differentials) {
+  RandomSource src{rng};
+  return shading_from(src, nu, nv, differentials);
 }
 
 inline void init(AnisotropicReflectionRayGenerator& g, Shading const& s) {
@@ -104,84 +105,55 @@ inline void init(AnisotropicRefractionRayGenerator& g, Shading const& s, float e
 // The two candidate world normals of a sample (the second turned half a turn
 // about N) and the spread tangent, as the generator computes them.
 template <typename G>
-void candidate_normals(G const& g, GMathVec2<double> const& sample, GMathVec3<double>& first,
-                       GMathVec3<double>& second, double& spread) {
-  GMathVec3<double> local;
+void candidate_normals(G const& g, GMathVec2<double> const& sample, V3 (&normal)[2],
+                       double& spread) {
+  V3 local;
   AnisotropicLobe<G>::compute_local_normal(g, sample, local, spread);
-  first = AnisotropicLobe<G>::local_to_global(g, local);
+  normal[0] = AnisotropicLobe<G>::local_to_global(g, local);
   AnisotropicLobe<G>::turn_half(local);
-  second = AnisotropicLobe<G>::local_to_global(g, local);
+  normal[1] = AnisotropicLobe<G>::local_to_global(g, local);
 }
 
-inline std::vector<GMathVec2<double>> random_samples(std::mt19937_64& rng, int count) {
-  std::uniform_real_distribution<double> unit_interval(0.0, 1.0);
-  std::vector<GMathVec2<double>> samples(static_cast<size_t>(count));
-  for (GMathVec2<double>& s : samples)
-    s = GMathVec2<double>(unit_interval(rng), unit_interval(rng));
-  // The closed square's edges: v = 1 takes N itself, v = 0 a tangent normal.
-  samples[0] = GMathVec2<double>(0.0, 0.0);
-  samples[1] = GMathVec2<double>(1.0, 1.0);
-  samples[2] = GMathVec2<double>(0.25, 0.0);
-  samples[3] = GMathVec2<double>(0.75, 1.0);
-  return samples;
+// The normal the reflection ray of a sample mirrors I about: the first
+// candidate when it faces I and its mirror image leaves above Ng, else the
+// half-turned one (then `retried`).
+inline V3 mirror_normal(AnisotropicReflectionRayGenerator const& g, V3 const& incoming,
+                        V3 const& ng, GMathVec2<double> const& sample, double& spread,
+                        bool& retried) {
+  V3 h[2];
+  candidate_normals(g, sample, h, spread);
+  double const d = -dot(h[0], incoming);
+  retried = !(d > 0.0 && dot(incoming + h[0] * (2.0 * d), ng) > 0.0);
+  return h[retried ? 1 : 0];
 }
 
-#ifdef SAMPLING_CHECKS
-// The sample contract of get_ray and get_rays: samples in [0,1]^2, arrays
-// present when count > 0. Each breach aborts naming the operation.
-inline void expect_sample_contract_deaths(SampleRayGenerator const& g) {
-  GMathRay ray;
-  EXPECT_DEATH(g.get_ray(GMathVec2<double>(1.5, 0.5), ray, nullptr),
-               "get_ray: sample outside \\[0,1\\]\\^2");
-  EXPECT_DEATH(g.get_ray(GMathVec2<double>(0.5, 1.0 + 1e-9), ray, nullptr), "sample outside");
-  GMathVec2<double> const outside(-0.1, 0.5);
-  EXPECT_DEATH(g.get_rays(&outside, 1, &ray, nullptr), "get_rays: sample outside \\[0,1\\]\\^2");
-  EXPECT_DEATH(g.get_rays(&outside, 1, nullptr, nullptr), "null sample or ray array");
-  EXPECT_DEATH(g.get_rays(nullptr, 3, &ray, nullptr), "null sample or ray array");
-}
-#endif
+// What the refraction generator makes of a sample, through compute_ray and
+// the side tests: the first candidate normal that faces I and sends T below
+// Ng, else the half-turned one, else no ray. Under total internal reflection
+// (compute_ray refuses the normal) T is the tangential eta I + (eta c) H.
+struct Refracted {
+  bool produced = false, transmits = false;
+  V3 normal, direction;
+  double spread;
+};
 
-inline double distance(GMathVec3<double> const& a, GMathVec3<double> const& b) {
-  return (a - b).length();
-}
-
-// The auxiliary rays of `ray` (sampled about the normal `normal` with spread
-// tangent `spread`) against central differences: perturbing I by h Dx, P by
-// h dpdx and the normal by h Nx (Nx = spread dpdx / |dpdx|) moves the ray
-// that compute_ray builds by h (rx_direction - D) and its origin by
-// h (rx_origin - P), to first order; likewise in y. `build(p, normal, out)`
-// initialises a generator at the shading point p and calls compute_ray.
-template <typename Build>
-void expect_differentials_match_finite_differences(Shading const& s, GMathRay const& ray,
-                                                   GMathVec3<double> const& normal,
-                                                   double const& spread, Build const& build) {
-  double const h = 1e-5;
-  for (int axis = 0; axis < 2; ++axis) {
-    SCOPED_TRACE(axis ? "y" : "x");
-    GMathVec3<double> const dpd = axis ? s.differential.m_dpdy : s.differential.m_dpdx;
-    GMathVec3<double> const dn = dpd * (spread / dpd.length());
-    GMathVec3<double> const di = (axis ? s.incoming.m_differential.m_ry_direction
-                                       : s.incoming.m_differential.m_rx_direction) -
-                                 s.incoming.m_direction;
-    auto const moved = [&](double step) {
-      Shading p = s;
-      p.incoming = GMathRay(s.incoming.m_origin, s.incoming.m_direction + di * step);
-      p.position = s.position + dpd * step;
-      GMathRay out;
-      build(p, normal + dn * step, out);
-      return out;
-    };
-    GMathRay const plus = moved(h), minus = moved(-h);
-    GMathVec3<double> const fd_direction = (plus.m_direction - minus.m_direction) * (0.5 / h);
-    GMathVec3<double> const fd_origin = (plus.m_origin - minus.m_origin) * (0.5 / h);
-    GMathRayDifferential const& d = ray.m_differential;
-    GMathVec3<double> const aux_direction = axis ? d.m_ry_direction : d.m_rx_direction;
-    GMathVec3<double> const aux_origin = axis ? d.m_ry_origin : d.m_rx_origin;
-    double const scale = 1.0 + (aux_direction - ray.m_direction).length();
-    ASSERT_TRUE(distance(fd_direction, aux_direction - ray.m_direction) <= 1e-7 * scale);
-    ASSERT_TRUE(distance(fd_origin, aux_origin - ray.m_origin) <= 1e-9);
-    ASSERT_EQ(aux_origin, s.position + dpd);
+inline Refracted expected_refraction(AnisotropicRefractionRayGenerator const& g, V3 const& incoming,
+                                     V3 const& ng, float eta, GMathVec2<double> const& sample) {
+  Refracted e;
+  V3 h[2];
+  candidate_normals(g, sample, h, e.spread);
+  for (V3 const& n : h) {
+    double const c = -dot(n, incoming);
+    GMathRay ray;
+    e.transmits = g.compute_ray(n, ray);
+    e.normal = n;
+    e.direction =
+        e.transmits ? ray.m_direction : incoming * eta + n * (static_cast<double>(eta) * c);
+    e.produced = c > 0.0 && !(dot(e.direction, ng) >= 0.0);
+    if (e.produced)
+      break;
   }
+  return e;
 }
 
 }  // namespace anisotropic_test

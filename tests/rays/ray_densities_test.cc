@@ -1,17 +1,12 @@
 // Every ray generator's rays against its own pdf: one chi-square per case
 // through the shared density harness (discarding and rejecting generators
-// with their missing share in the harness's declined cell), and the pdf's
-// integral by quadrature.
+// with their missing share in the harness's declined cell, and the pdf's
+// integral checked there).
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdio>
-#include <random>
 #include <vector>
 
-#include "sampling/ray_generators.h"
-#include "sampling/rays/ray_math.h"
 #include "tests/rays/anisotropic_test_support.h"
 #include "tests/rays/shape_ray_test_support.h"
 #include "tests/support/density_harness.h"
@@ -66,30 +61,27 @@ DensityFrame shading_frame(G const& g) {
 
 // The generators, alive as long as the cases that sample them.
 struct Generators {
-  CosineWeightedHemisphereRayGenerator hemisphere, cone, clipped_hemisphere;
-  AnisotropicReflectionRayGenerator glossy, brushed;
+  CosineWeightedHemisphereRayGenerator cone, clipped_hemisphere;
+  AnisotropicReflectionRayGenerator brushed;
   AnisotropicRefractionRayGenerator frosted, brushed_glass;
   UniformSphereRayGenerator sphere;
   DiskRayGenerator disk, clipped_disk;
   Vec3 axis, cosine_clip, disk_axis, disk_clip;
-  GMathMatrix4x4<double> disk_frame;
 
   Generators() {
     axis = unit(Vec3(-0.4, 0.2, 0.6));
     GMathRay const ray(Vec3(1.0, 2.0, 3.0), axis);
-    hemisphere.init(ray, 180.0, 1.0, 1.0);
+    clipped_hemisphere.init(ray, 180.0, 1.0, 1.0);
     cone.init(ray, 70.0, 0.3, 0.8);
     // A clip plane through the axis keeps half the azimuths.
     Vec3 t2;
     orthonormal_basis(axis, cosine_clip, t2);
-    clipped_hemisphere = hemisphere;
     clipped_hemisphere.discard_clipped_samples(cosine_clip);
 
-    // Head on, the normals beyond 45 degrees mirror below the surface and
-    // are retried; obliquely under a tilted Ng, some are.
+    // Obliquely under a tilted Ng, some normals mirror below the surface
+    // and are retried.
     Vec3 const down(0.0, 0.0, -1.0);
     std::mt19937_64 rng(14);
-    anisotropic_test::init(glossy, anisotropic_test::flat_shading(12.0f, 12.0f, down));
     anisotropic_test::init(brushed, anisotropic_test::random_shading(rng, 60.0f, 4.0f, false));
     // Into glass (nothing rejected), out of it (the total internal
     // reflections that the generator keeps are declined).
@@ -102,6 +94,7 @@ struct Generators {
     // cos theta = 40 / 101; the clip plane holds the axis.
     disk_axis = unit(Vec3(0.3, -0.5, 0.8));
     orthonormal_basis(disk_axis, disk_clip, t2);
+    GMathMatrix4x4<double> disk_frame;
     for (int r = 0; r < 3; ++r) {
       disk_frame(r, 0) = 1.5 * disk_clip[r];
       disk_frame(r, 1) = 1.5 * t2[r];
@@ -128,7 +121,7 @@ struct Case {
   DensityFrame frame;
   DensitySampler sampler;
   Density pdf;
-  bool whole;  // nothing declined: the pdf integrates to 1
+  unsigned int seed;
   // Bins such that a support edge that is not a zero of the density (a clip
   // plane through the pole, a shape's rim) runs along bin edges: the
   // harness's quadrature can take a cell that such an edge cuts a sliver
@@ -142,33 +135,28 @@ std::vector<Case> const& cases() {
     Generators const& g = generators();
     DensityFrame const disk_pole = frame_about(-g.disk_axis, g.disk_clip);
     return std::vector<Case>{
-        {"cosine 180", DensityDomain::hemisphere, frame_about(g.axis), directions_of(g.hemisphere),
-         pdf_of(g.hemisphere), true},
         {"cosine 70, spread reductions 0.3 0.8", DensityDomain::hemisphere, frame_about(g.axis),
-         directions_of(g.cone), pdf_of(g.cone), true},
+         directions_of(g.cone), pdf_of(g.cone), 101},
         {"cosine 180, discard", DensityDomain::hemisphere, frame_about(g.axis, g.cosine_clip),
-         directions_of(g.clipped_hemisphere), kept_pdf_of(g.clipped_hemisphere, g.cosine_clip),
-         false, 52},
-        {"reflection 12 12", DensityDomain::sphere, shading_frame(g.glossy),
-         directions_of(g.glossy), pdf_of(g.glossy), true},
+         directions_of(g.clipped_hemisphere), kept_pdf_of(g.clipped_hemisphere, g.cosine_clip), 102,
+         52},
         {"reflection 60 4", DensityDomain::sphere, shading_frame(g.brushed),
-         directions_of(g.brushed), pdf_of(g.brushed), true},
+         directions_of(g.brushed), pdf_of(g.brushed), 104},
         {"refraction 8 8, eta 1/1.5", DensityDomain::sphere, shading_frame(g.frosted),
-         directions_of(g.frosted), pdf_of(g.frosted), true},
+         directions_of(g.frosted), pdf_of(g.frosted), 105},
         {"refraction 40 6, eta 1.3", DensityDomain::sphere, shading_frame(g.brushed_glass),
-         directions_of(g.brushed_glass, true), pdf_of(g.brushed_glass), false},
+         directions_of(g.brushed_glass, true), pdf_of(g.brushed_glass), 106},
         {"uniform sphere", DensityDomain::sphere, DensityFrame{}, directions_of(g.sphere),
-         pdf_of(g.sphere), true},
-        {"disk", DensityDomain::hemisphere, disk_pole, directions_of(g.disk), pdf_of(g.disk), true},
+         pdf_of(g.sphere), 107},
+        {"disk", DensityDomain::hemisphere, disk_pole, directions_of(g.disk), pdf_of(g.disk), 108},
         {"disk, discard", DensityDomain::hemisphere, disk_pole, directions_of(g.clipped_disk),
-         kept_pdf_of(g.clipped_disk, g.disk_clip), false, 52},
+         kept_pdf_of(g.clipped_disk, g.disk_clip), 109, 52},
     };
   }();
   return table;
 }
 
-// The cases above, and the line's and the plane's targets on their shapes.
-double const alpha = chi_square_alpha(12);
+double const alpha = chi_square_alpha(8);
 
 class RayDensities : public testing::TestWithParam<int> {};
 
@@ -178,78 +166,33 @@ TEST_P(RayDensities, RaysFollowTheGeneratorsPdf) {
   options.frame = c.frame;
   options.alpha = alpha;
   options.angle_bins = c.angle_bins;
-  options.seed = 100 + static_cast<unsigned>(GetParam());
+  options.seed = c.seed;
   ChiSquareResult const r = chi_square_density(c.domain, c.sampler, c.pdf, options);
   EXPECT_TRUE(r.passed) << c.name << ": " << r.message;
-  std::printf("%s: %s\n", c.name, r.message.c_str());
-  if (c.whole) {
-    double const integral = integrate_density(c.domain, c.pdf, c.frame);
-    EXPECT_TRUE(std::fabs(integral - 1.0) <= 1e-3) << c.name << ": integral " << integral;
-  }
 }
 
-INSTANTIATE_TEST_SUITE_P(Generators, RayDensities, testing::Range(0, 10));
+INSTANTIATE_TEST_SUITE_P(Generators, RayDensities, testing::Range(0, 8));
 
-// The line and the plane spread their targets uniformly with density
-// pdf_length or pdf_area over their shapes (under an unevenly scaled frame);
-// the plane's pdf per solid angle is its area density times t^2 / |cos|
-// along every ray and integrates to 1; the lobes behind the discard cases
-// integrate to 1.
-TEST(RayDensities, ShapeTargetsAndWholeLobes) {
+// The line's and the plane's targets are their samples' points, and their
+// pdfs agree with their area densities along every ray (both the rays
+// harness's). The plane's pdf is 0 off its rectangle: towards points just
+// beyond an edge or a corner, and positive just within. pdf_length is one
+// over the world length of the local unit.
+TEST(RayDensities, ShapeDensities) {
   GMathMatrix4x4<double> const frame = test_frame();
   Vec3 const origin = frame.transform_point(Vec3(0.1, -0.2, 0.7));
-  Vec3 const x_side = frame.transform_vector(Vec3(1.0, 0.0, 0.0));
-  Vec3 const normal = cross(x_side, frame.transform_vector(Vec3(0.0, 1.0, 0.0)));
   LineRayGenerator line;
   line.init(origin, frame, 0.5);
   PlaneRayGenerator plane;
   plane.init(origin, frame, 0.5, 0.5);
-  EXPECT_EQ(line.pdf(Vec3(0.0, 0.0, 1.0)), 0.0);
-  std::mt19937_64 rng(12);
-  std::uniform_real_distribution<double> uniform(0.0, 1.0);
-  double worst = 0.0;
-  for (SampleRayGenerator const* g : {static_cast<SampleRayGenerator const*>(&line),
-                                      static_cast<SampleRayGenerator const*>(&plane)}) {
-    bool const is_line = g == &line;
-    // Per unit of the local coordinates: the world density times the world
-    // length or area of the local unit.
-    double const local_density =
-        is_line ? line.pdf_length() * x_side.length() : plane.pdf_area() * normal.length();
-    ChiSquareResult const r = chi_square_test(
-        ChiSquareDomain{0.0, 1.0, 0.0, 1.0, 51, 51}, 1000000,
-        [&](int, double& a, double& b) {
-          GMathRay ray;
-          double t;
-          Vec2 const uv(uniform(rng), uniform(rng));
-          g->get_ray(uv, ray, &t);
-          Vec3 const local = to_local(frame, ray.m_origin + ray.m_direction * t);
-          a = local.x + 0.5;
-          b = is_line ? uv.y : local.y + 0.5;
-          if (!is_line) {
-            double const expected = plane.pdf_area() * t * t * normal.length() /
-                                    std::fabs(dot(ray.m_direction, normal));
-            worst = std::max(worst, std::fabs(plane.pdf(ray.m_direction) / expected - 1.0));
-          }
-          return std::fabs(local.z) <= 1e-9 && (!is_line || std::fabs(local.y) <= 1e-9);
-        },
-        [&](double, double) { return local_density; }, alpha);
-    EXPECT_TRUE(r.passed) << (is_line ? "line: " : "plane: ") << r.message;
-    std::printf("%s targets: %s\n", is_line ? "line" : "plane", r.message.c_str());
-    EXPECT_TRUE(std::fabs(local_density - 1.0) <= 1e-12) << local_density;
+  EXPECT_TRUE(std::fabs(line.pdf_length() * frame.transform_vector(Vec3(1, 0, 0)).length() - 1.0) <=
+              1e-15);
+  for (Vec2 const& p : {Vec2(0.5, 0.2), Vec2(-0.3, -0.5), Vec2(-0.5, 0.5)}) {
+    for (double const f : {1.0 - 1e-9, 1.0 + 1e-9}) {
+      Vec3 const to = frame.transform_point(Vec3(p.x * f, p.y * f, 0.0)) - origin;
+      EXPECT_EQ(plane.pdf(unit(to)) > 0.0, f < 1.0) << p.x << " " << p.y << " " << f;
+    }
   }
-  EXPECT_TRUE(worst <= 1e-9) << worst;
-
-  Generators const& g = generators();
-  double const integrals[3] = {
-      integrate_density(DensityDomain::hemisphere, pdf_of(plane),
-                        frame_about(unit(frame.transform_point(Vec3(0.0, 0.0, 0.0)) - origin))),
-      integrate_density(DensityDomain::hemisphere, pdf_of(g.clipped_hemisphere),
-                        frame_about(g.axis)),
-      integrate_density(DensityDomain::hemisphere, pdf_of(g.clipped_disk),
-                        frame_about(-g.disk_axis))};
-  for (double const integral : integrals)
-    EXPECT_TRUE(std::fabs(integral - 1.0) <= 1e-3) << integral;
-  std::printf("plane pdf integral %.9f\n", integrals[0]);
 }
 
 }  // namespace

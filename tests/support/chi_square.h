@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,7 +33,9 @@ struct ChiSquareResult {
 // `test_count` distribution tests.
 double chi_square_alpha(int test_count);
 
-// Upper tail probability 1 - P(dof / 2, chi2 / 2) of the chi-square law.
+// Upper tail probability of the chi-square law, by the Wilson-Hilferty
+// cube-root normal approximation (close for the hundreds of degrees of
+// freedom of the suite's tests).
 double chi_square_p_value(double chi2, int dof);
 
 // Runs the test on `n` samples. `sample(i, a, b)` writes the bin
@@ -47,3 +50,11 @@ ChiSquareResult chi_square_test(ChiSquareDomain const& domain, int n,
 // that expects nothing but holds samples fails; cells expecting fewer than 5
 // are pooled, smallest first. Does not check the expected total.
 ChiSquareResult chi_square_of_cells(std::vector<std::pair<double, double>> cells, double alpha);
+
+// A failed result whose message is the parts written one after another.
+template <typename... Parts>
+ChiSquareResult chi_square_failure(Parts const&... parts) {
+  std::ostringstream out;
+  (out << ... << parts);
+  return ChiSquareResult{0.0, 0, 0.0, false, out.str()};
+}

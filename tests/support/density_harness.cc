@@ -138,13 +138,6 @@ bool bin_coordinates(DensityDomain domain, Vec3 const& local, double& a, double&
   return on_sphere && (domain == DensityDomain::sphere || local.z >= -tol);
 }
 
-template <typename... Parts>
-ChiSquareResult failure(Parts const&... parts) {
-  std::ostringstream out;
-  (out << ... << parts);
-  return ChiSquareResult{0.0, 0, 0.0, false, out.str()};
-}
-
 }  // namespace
 
 ChiSquareResult chi_square_density(DensityDomain domain, DensitySampler const& sampler,
@@ -162,8 +155,8 @@ ChiSquareResult chi_square_density(DensityDomain domain, DensitySampler const& s
     }
     double a, b;
     if (!bin_coordinates(domain, to_local(options.frame, out), a, b))
-      return failure("sample of (", uv.x, ", ", uv.y, ") off the domain: (", out.x, ", ", out.y,
-                     ", ", out.z, ")");
+      return chi_square_failure("sample of (", uv.x, ", ", uv.y, ") off the domain: (", out.x, ", ",
+                                out.y, ", ", out.z, ")");
     observed[static_cast<size_t>(bins.b_index(b)) * bins.na + bins.a_index(a)] += 1.0;
   }
   std::vector<double> const p = cell_probabilities(domain, density, options.frame, bins);
@@ -177,7 +170,7 @@ ChiSquareResult chi_square_density(DensityDomain domain, DensitySampler const& s
   // declines some meets the declined share in one more cell.
   bool const normalised = std::fabs(integral - 1.0) <= 1e-3;
   if (!(integral <= 1.0 + 1e-3) || (declined == 0.0 && !normalised))
-    return failure("density integrates to ", integral, ", not 1");
+    return chi_square_failure("density integrates to ", integral, ", not 1");
   if (declined > 0.0 || !normalised)
     cells.emplace_back(options.samples * std::max(1.0 - integral, 0.0), declined);
   ChiSquareResult result = chi_square_of_cells(std::move(cells), options.alpha);
@@ -196,34 +189,4 @@ double integrate_density(DensityDomain domain, Density const& density, DensityFr
   for (double const c : p)
     integral += c;
   return integral;
-}
-
-RoundTripResult round_trip_error(
-    DensitySampler const& sample,
-    std::function<void(GMathVec3<double> const& point, GMathVec2<double>& uv)> const& inverse,
-    int count, unsigned seed) {
-  UniformSquare uniform(seed);
-  RoundTripResult worst{0.0, Vec2(0.0, 0.0)};
-  for (int k = 0; k < count; ++k) {
-    Vec2 const uv = uniform();
-    Vec3 out;
-    if (!sample(uv, out))
-      continue;
-    Vec2 back;
-    inverse(out, back);
-    if (std::isnan(back.x) || std::isnan(back.y))
-      return RoundTripResult{std::nan(""), uv};
-    double const outside = std::max({0.0, -back.x, back.x - 1.0, -back.y, back.y - 1.0});
-    // Back inside the square before sampling again, so that a checked
-    // sampler does not stop on a rounding slip that `outside` already counts.
-    Vec2 const clamped(std::min(std::max(back.x, 0.0), 1.0), std::min(std::max(back.y, 0.0), 1.0));
-    Vec3 again;
-    double const error =
-        sample(clamped, again) ? std::max((again - out).length(), outside) : HUGE_VAL;
-    if (std::isnan(error))
-      return RoundTripResult{std::nan(""), uv};
-    if (error > worst.error)
-      worst = RoundTripResult{error, uv};
-  }
-  return worst;
 }

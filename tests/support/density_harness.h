@@ -9,9 +9,8 @@
 #include "tests/support/chi_square.h"
 
 // Statistical checks of a sampler against the density the library claims
-// for it: a chi-square test over a binned disk, hemisphere or sphere, the
-// density's integral by quadrature, and the sample -> inverse -> sample
-// round trip.
+// for it: a chi-square test over a binned disk, hemisphere or sphere, and
+// the density's integral by quadrature.
 //
 // Bins sit in coordinates where the measure is constant: on the disk
 // (angle / 2pi, r^2), on the sphere and hemisphere (angle / 2pi, cos theta),
@@ -74,16 +73,3 @@ ChiSquareResult chi_square_density(DensityDomain domain, DensitySampler const& s
 // Integral of the density over the domain by the same quadrature.
 double integrate_density(DensityDomain domain, Density const& density,
                          DensityFrame const& frame = {});
-
-// Largest distance between sample(uv) and sample(inverse(sample(uv))) over
-// `count` fixed-seed uniform inputs, with the input that gave it. An inverse
-// that leaves [0,1]^2 counts its distance outside; NaN anywhere makes the
-// error NaN, so `EXPECT_TRUE(r.error <= tol)` fails on it.
-struct RoundTripResult {
-  double error;
-  GMathVec2<double> worst_input;
-};
-RoundTripResult round_trip_error(
-    DensitySampler const& sample,
-    std::function<void(GMathVec3<double> const& point, GMathVec2<double>& uv)> const& inverse,
-    int count = 100000, unsigned seed = 1);

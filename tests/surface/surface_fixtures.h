@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -11,9 +13,12 @@
 #include "platform/geometry/geometry_fragment.h"
 #include "platform/geometry/geometry_mesh.h"
 #include "platform/geometry/geometry_primitive_sample_descriptor.h"
+#include "sampling/sampling.h"
+#include "sampling/surface/area_table.h"
 
 using Descriptors = CoreArray<GeometryPrimitiveSampleDescriptor>;
 using Vectors = CoreArray<GMathVec3<double>>;
+using Matrix = GMathMatrix4x4<double>;
 unsigned int const k_all = 0xFFFFFFFFu;
 
 // An object whose primitives have preset areas (scaled by the matrix's
@@ -36,8 +41,7 @@ class TableObject : public GeometryObject {
     return static_cast<unsigned int>(m_primitives.size());
   }
   unsigned int get_primitive_vertex_count(unsigned int const& i) const override {
-    ++m_vertex_count_calls;
-    return m_primitives[i].m_vertex_count;
+    return ++m_calls[1], m_primitives[i].m_vertex_count;
   }
   void get_primitive_bbox(CtxEval const&, unsigned int const& i,
                           GMathBbox3<double>& box) const override {
@@ -45,22 +49,18 @@ class TableObject : public GeometryObject {
                              GMathVec3<double>(10.0 * i + 1, 1, 0));
   }
   double get_primitive_area(CtxEval const&, unsigned int const& i,
-                            GMathMatrix4x4<double> const& matrix) const override {
-    ++m_area_calls;
-    return m_primitives[i].m_area * matrix.m[0] * matrix.m[0];
+                            Matrix const& matrix) const override {
+    return ++m_calls[0], m_primitives[i].m_area * matrix.m[0] * matrix.m[0];
   }
   unsigned int get_primitive_group(unsigned int const& i) const override {
-    ++m_group_calls;
-    return m_primitives[i].m_group;
+    return ++m_calls[2], m_primitives[i].m_group;
   }
   void evaluate_sample(CtxEval const&, GeometryFragment& fragment) const override {
     fragment.m_world_position =
         GMathVec3<double>(10.0 * fragment.m_primitive + fragment.m_uvw.x, fragment.m_uvw.y, 0.0);
   }
 
-  mutable unsigned int m_area_calls = 0;
-  mutable unsigned int m_vertex_count_calls = 0;
-  mutable unsigned int m_group_calls = 0;
+  mutable unsigned int m_calls[3] = {0, 0, 0};  // area, vertex count, group
 
  private:
   std::vector<Primitive> m_primitives;
@@ -68,36 +68,60 @@ class TableObject : public GeometryObject {
 };
 
 // Adds the right triangle (x, y), (x + a, y), (x, y + b) in the z = 0
-// plane, of area a b / 2.
-inline unsigned int add_right_triangle(GeometryMesh& mesh, double x, double y, double a, double b,
-                                       unsigned int group = 0) {
+// plane, of area a b / 2; with `d` the quad (x, y), (x + a, y),
+// (x + a, y + b), (x, y + b).
+inline unsigned int add_face(GeometryMesh& mesh, double x, double y, double a, double b,
+                             unsigned int group = 0, bool quad = false) {
   unsigned int const p = mesh.add_vertex(GMathVec3<double>(x, y, 0));
   unsigned int const q = mesh.add_vertex(GMathVec3<double>(x + a, y, 0));
-  unsigned int const r = mesh.add_vertex(GMathVec3<double>(x, y + b, 0));
-  return mesh.add_triangle(p, q, r, group);
+  if (!quad)
+    return mesh.add_triangle(p, q, mesh.add_vertex(GMathVec3<double>(x, y + b, 0)), group);
+  unsigned int const r = mesh.add_vertex(GMathVec3<double>(x + a, y + b, 0));
+  return mesh.add_quad(p, q, r, mesh.add_vertex(GMathVec3<double>(x, y + b, 0)), group);
 }
 
 // A bumpy 12 x 12 heightfield over [0, 6]^2: quads in the even rows,
 // triangle pairs in the odd ones; three groups by column band.
-GeometryMesh make_terrain();
+inline GeometryMesh make_terrain() {
+  GeometryMesh mesh;
+  unsigned int const n = 12;
+  for (unsigned int j = 0; j <= n; ++j)
+    for (unsigned int i = 0; i <= n; ++i)
+      mesh.add_vertex(
+          GMathVec3<double>(0.5 * i, 0.5 * j, 0.3 * std::sin(0.65 * i) * std::cos(0.35 * j)));
+  for (unsigned int j = 0; j < n; ++j) {
+    for (unsigned int i = 0; i < n; ++i) {
+      unsigned int const a = j * (n + 1) + i, b = a + 1, c = a + n + 2, d = a + n + 1;
+      if (j % 2 == 0) {
+        mesh.add_quad(a, b, c, d, i / 4);
+      } else {
+        mesh.add_triangle(a, b, c, i / 4);
+        mesh.add_triangle(a, c, d, i / 4);
+      }
+    }
+  }
+  return mesh;
+}
 
-// Every descriptor names a primitive of the selected group, with
-// coordinates in [0, 1] and, on triangles, u + v <= 1 (up to the float
-// narrowing of the stored coordinates).
-void expect_valid_descriptors(GeometryObject const& object, unsigned int group,
-                              CoreArray<GeometryPrimitiveSampleDescriptor> const& descriptors);
-
-// Two descriptor arrays are identical, bit for bit.
-void expect_same_descriptors(CoreArray<GeometryPrimitiveSampleDescriptor> const& a,
-                             CoreArray<GeometryPrimitiveSampleDescriptor> const& b);
+inline bool same_descriptors(Descriptors const& a, Descriptors const& b) {
+  return a.count() == b.count() &&
+         (a.empty() || std::memcmp(a.data(), b.data(), a.count() * sizeof a[0]) == 0);
+}
 
 // The descriptor a placement writes from the next two outputs of
 // `reference`: white noise takes (u, v) from (first, second), a blue-noise
 // dart from (second, first); both fold on triangles.
-enum class DrawOrder { k_white, k_dart };
-GeometryPrimitiveSampleDescriptor expected_descriptor(unsigned int primitive, unsigned int vertices,
-                                                      std::mt19937& reference, DrawOrder order);
+inline GeometryPrimitiveSampleDescriptor expected_descriptor(unsigned int primitive,
+                                                             unsigned int vertices,
+                                                             std::mt19937& reference, bool dart) {
+  double const first = unit_from_u32(reference());
+  double const second = unit_from_u32(reference());
+  double u = dart ? second : first, v = dart ? first : second;
+  fold_to_triangle(vertices, u, v);
+  return GeometryPrimitiveSampleDescriptor{primitive, static_cast<float>(u), static_cast<float>(v)};
+}
 
-// Field-by-field equality with the expected descriptor.
-void expect_descriptor(GeometryPrimitiveSampleDescriptor const& got,
-                       GeometryPrimitiveSampleDescriptor const& want);
+inline bool operator==(GeometryPrimitiveSampleDescriptor const& a,
+                       GeometryPrimitiveSampleDescriptor const& b) {
+  return a.m_primitive == b.m_primitive && a.m_u == b.m_u && a.m_v == b.m_v;
+}
