@@ -70,14 +70,17 @@ clean:
 
 # Every fuzz harness for FUZZ_SECONDS seconds, starting from its seed corpus
 # (new inputs go to a scratch folder, the checked-in corpus is only read).
+# FUZZ_FLAGS adds libFuzzer flags: CI passes a fixed -seed, so that a run
+# explores the same inputs every time and a red run can be repeated.
 FUZZ_SECONDS ?= 60
+FUZZ_FLAGS ?=
 fuzz: deps
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	@set -eo pipefail; for harness in build/fuzz/tests/fuzz/fuzz_*; do \
 	  name=$$(basename $$harness); scratch=$$(mktemp -d); \
 	  echo "== $$name for $(FUZZ_SECONDS) s"; \
-	  $$harness -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 $$scratch tests/fuzz/corpus/$$name 2>&1 | \
+	  $$harness -max_total_time=$(FUZZ_SECONDS) $(FUZZ_FLAGS) -print_final_stats=1 $$scratch tests/fuzz/corpus/$$name 2>&1 | \
 	    grep -E 'stat::number_of_executed_units|ERROR|invariant|SUMMARY|Test unit written'; \
 	  rm -rf $$scratch; \
 	done

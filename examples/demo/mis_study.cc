@@ -48,7 +48,7 @@ double exact_value() {
     for (int j = 0; j < sectors; ++j) {
       double const phi = 2.0 * k_pi * (j + 0.5) / sectors;
       GMathVec3<double> const target =
-          k_centre + (r * std::cos(phi)) * k_axis_x + (r * std::sin(phi)) * k_axis_y;
+          k_centre + k_axis_x * (r * std::cos(phi)) + k_axis_y * (r * std::sin(phi));
       GMathVec3<double> const d = target - k_point;
       double const t2 = dot(d, d), t = std::sqrt(t2);
       sum += dot(d, k_normal) / t * std::fabs(dot(d, normal)) / t / (k_pi * t2);

@@ -131,7 +131,7 @@ void Scene::compute_vertex_normals() {
     // The cross product's length is twice the area: an area-weighted sum.
     GMathVec3<double> const n = cross(read(m_positions, v[1]) - p0, read(m_positions, v[2]) - p0);
     for (int k = 0; k < 3; ++k)
-      sums[v[k]] += n;
+      sums[v[k]] = sums[v[k]] + n;
   }
   for (unsigned int i = 0; i < vertex_count(); ++i) {
     double const length = sums[i].length();

@@ -7,6 +7,20 @@
 
 namespace {
 constexpr double k_degree = 3.14159265358979323846 / 180.0;
+
+// The product a b of two placement matrices, all four rows.
+GMathMatrix4x4<double> operator*(GMathMatrix4x4<double> const& a, GMathMatrix4x4<double> const& b) {
+  GMathMatrix4x4<double> r;
+  for (int i = 0; i < 4; ++i) {
+    for (int j = 0; j < 4; ++j) {
+      double s = 0.0;
+      for (int k = 0; k < 4; ++k)
+        s += a(i, k) * b(k, j);
+      r(i, j) = s;
+    }
+  }
+  return r;
+}
 }  // namespace
 
 View3d::View3d(GMathVec3<double> const& centre, double half_extent, double azimuth_degrees,

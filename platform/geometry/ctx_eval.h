@@ -9,6 +9,6 @@ struct CtxEval {
   // use (typically 0 at shutter open and 1 at shutter close).
   double m_time;
 
-  CtxEval() : m_time(0.0) {}
+  CtxEval() : m_time() {}
   explicit CtxEval(double const& time) : m_time(time) {}
 };

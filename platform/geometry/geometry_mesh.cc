@@ -88,8 +88,8 @@ void GeometryMesh::get_primitive_bbox(CtxEval const& context, unsigned int const
     box.add(get_vertex(context, face.m_vertex[i]));
   // The offset along the unit normal moves a point by at most |s| per axis.
   double const pad = std::fabs(m_sample_scalar);
-  box.m_min -= GMathVec3<double>(pad, pad, pad);
-  box.m_max += GMathVec3<double>(pad, pad, pad);
+  box.m_min = box.m_min - GMathVec3<double>(pad, pad, pad);
+  box.m_max = box.m_max + GMathVec3<double>(pad, pad, pad);
 }
 
 double GeometryMesh::get_primitive_area(CtxEval const& context, unsigned int const& primitive,
@@ -132,7 +132,7 @@ void GeometryMesh::evaluate_sample(CtxEval const& context, GeometryFragment& fra
     dpdv = (p3 - p0) * iu + (p2 - p1) * u;
   }
   if (fragment.m_sample_scalar != 0.0) {
-    point += unit_or_zero(cross(dpdu, dpdv)) * fragment.m_sample_scalar;
+    point = point + unit_or_zero(cross(dpdu, dpdv)) * fragment.m_sample_scalar;
   }
   GMathMatrix4x4<double> const& m = fragment.m_matrix;
   GMathVec3<double> const world_dpdu = m.transform_vector(dpdu);

@@ -18,7 +18,7 @@ class GMathFrustum {
   unsigned int m_plane_count;
 
   // No planes; every point, normal and distance zero.
-  GMathFrustum() : m_plane_distance{0.0, 0.0, 0.0, 0.0}, m_plane_count(0) {}
+  GMathFrustum() : m_plane_distance{}, m_plane_count(0) {}
 
   // m_plane_normal[k] . x + m_plane_distance[k], the products summed x, y, z
   // in that order: zero on plane k, its sign tells the side. k < 4.

@@ -13,11 +13,6 @@ struct GMathMatrix3x3 {
                  T const& m20, T const& m21, T const& m22)
       : m{m00, m01, m02, m10, m11, m12, m20, m21, m22} {}
 
-  T& operator()(int r, int c) { return m[3 * r + c]; }
-  T const& operator()(int r, int c) const { return m[3 * r + c]; }
-  T& operator[](int i) { return m[i]; }
-  T const& operator[](int i) const { return m[i]; }
-
   // Column c as a vector (elements c, c + 3, c + 6).
   GMathVec3<T> column(int c) const { return GMathVec3<T>(m[c], m[c + 3], m[c + 6]); }
 };

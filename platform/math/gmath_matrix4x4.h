@@ -32,13 +32,6 @@ struct GMathMatrix4x4 {
                         m[8] * v.x + m[9] * v.y + m[10] * v.z);
   }
 
-  static GMathMatrix4x4 translation(T const& x, T const& y, T const& z) {
-    GMathMatrix4x4 r;
-    r.m[3] = x;
-    r.m[7] = y;
-    r.m[11] = z;
-    return r;
-  }
   static GMathMatrix4x4 scale(T const& x, T const& y, T const& z) {
     GMathMatrix4x4 r;
     r.m[0] = x;
@@ -46,19 +39,14 @@ struct GMathMatrix4x4 {
     r.m[10] = z;
     return r;
   }
-  // Product this * o of two affine matrices (full 4x4 product).
-  GMathMatrix4x4 operator*(GMathMatrix4x4 const& o) const {
+  static GMathMatrix4x4 translation(T const& x, T const& y, T const& z) {
     GMathMatrix4x4 r;
-    for (int i = 0; i < 4; ++i) {
-      for (int j = 0; j < 4; ++j) {
-        T s = T(0);
-        for (int k = 0; k < 4; ++k)
-          s += m[4 * i + k] * o.m[4 * k + j];
-        r.m[4 * i + j] = s;
-      }
-    }
+    r.m[3] = x;
+    r.m[7] = y;
+    r.m[11] = z;
     return r;
   }
+  // Product this * o of two affine matrices (full 4x4 product).
 };
 
 static_assert(sizeof(GMathMatrix4x4<double>) == 128, "GMathMatrix4x4<double> is sixteen doubles");

@@ -51,18 +51,14 @@ class GMathRay : public GMathBasicRay {
   // Origin (0, 0, 0), direction (0, 0, 1), no differentials, time 0, every
   // auxiliary value 0, camera type.
   GMathRay()
-      : m_has_differentials(false),
-        m_time(0.0),
-        m_aux{0.0, 0.0},
-        m_aux_cleared{0.0, 0.0},
-        m_type(k_type_camera) {}
+      : m_has_differentials(false), m_time(), m_aux{}, m_aux_cleared{}, m_type(k_type_camera) {}
   GMathRay(GMathVec3<double> const& origin, GMathVec3<double> const& direction,
            Type const& type = k_type_camera, double const& time = 0.0)
       : GMathBasicRay(origin, direction),
         m_has_differentials(false),
         m_time(time),
-        m_aux{0.0, 0.0},
-        m_aux_cleared{0.0, 0.0},
+        m_aux{},
+        m_aux_cleared{},
         m_type(type) {}
 
   // Copies the four vectors, sets m_has_differentials and derives m_aux (see
@@ -91,6 +87,10 @@ class GMathRay : public GMathBasicRay {
 };
 
 static_assert(sizeof(GMathRay::Type) == 4, "GMathRay::Type is 32 bits");
+// The values the generators write are part of the ray record's contract.
+static_assert(GMathRay::k_type_reflection == 3 && GMathRay::k_type_refraction == 4 &&
+                  GMathRay::k_type_probe == 5,
+              "GMathRay::Type: reflection 3, refraction 4, probe 5");
 static_assert(std::is_trivially_copyable<GMathRay>::value, "GMathRay is copied as raw memory");
 static_assert(std::is_trivially_destructible<GMathRay>::value, "GMathRay owns nothing");
 static_assert(sizeof(GMathRay) == 240, "GMathRay layout");

@@ -35,35 +35,11 @@ struct GMathVec3 {
     T const r = T(1) / s;
     return GMathVec3(x * r, y * r, z * r);
   }
-  GMathVec3& operator+=(GMathVec3 const& o) {
-    x += o.x;
-    y += o.y;
-    z += o.z;
-    return *this;
-  }
-  GMathVec3& operator-=(GMathVec3 const& o) {
-    x -= o.x;
-    y -= o.y;
-    z -= o.z;
-    return *this;
-  }
-  GMathVec3& operator*=(T const& s) {
-    x *= s;
-    y *= s;
-    z *= s;
-    return *this;
-  }
   bool operator==(GMathVec3 const& o) const { return x == o.x && y == o.y && z == o.z; }
-  bool operator!=(GMathVec3 const& o) const { return !(*this == o); }
 
   // Euclidean length, sqrt(x*x + y*y + z*z) summed left to right.
   T length() const { return std::sqrt(x * x + y * y + z * z); }
 };
-
-template <typename T>
-inline GMathVec3<T> operator*(T const& s, GMathVec3<T> const& v) {
-  return GMathVec3<T>(s * v.x, s * v.y, s * v.z);
-}
 
 // a x b = (a.y b.z - a.z b.y, a.z b.x - a.x b.z, a.x b.y - a.y b.x).
 template <typename T>

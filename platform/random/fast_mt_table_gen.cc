@@ -1,17 +1,18 @@
 // Build-time generator of the GRandomFastMt table: writes a C++ source file
 // holding the first 65536 outputs of MT19937 seeded with 5489.
 #include <cstdio>
+#include <cstdlib>
 #include <random>
 
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::fprintf(stderr, "usage: %s OUTPUT.cc\n", argv[0]);
-    return 2;
+    return EXIT_FAILURE;
   }
   std::FILE* out = std::fopen(argv[1], "w");
   if (!out) {
     std::perror(argv[1]);
-    return 1;
+    return EXIT_FAILURE;
   }
   std::mt19937 mt(5489u);
   std::fprintf(out,
@@ -25,5 +26,5 @@ int main(int argc, char** argv) {
                "};\n}  // namespace\n\n"
                "unsigned int const* const GRandomFastMt::m_table = k_fast_mt_table;\n"
                "constexpr unsigned int GRandomFastMt::m_table_size;\n");
-  return std::fclose(out) == 0 ? 0 : 1;
+  return std::fclose(out) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -66,7 +66,7 @@ inline double in_plane_length(GMathVec3<double> const& offset, GMathVec3<double>
 }  // namespace
 
 CosineWeightedHemisphereRayGenerator::CosineWeightedHemisphereRayGenerator()
-    : m_clip_normal(0.0, 0.0, 0.0),
+    : m_clip_normal(),
       m_angle(0.0),
       m_angle_inverse(1.0),
       m_cos{1.0, 1.0, 1.0},

@@ -15,10 +15,10 @@ typedef ShapeRayFamily<DiskRayGenerator> Family;
 DiskRayGenerator::DiskRayGenerator(GMathRay::Type const& type, double const& time)
     : m_ray_type(type),
       m_ray_time(time),
-      m_ray_origin(0.0, 0.0, 0.0),
-      m_differential_delta_x(0.0, 0.0, 0.0),
-      m_differential_delta_y(0.0, 0.0, 0.0),
-      m_clip_normal(0.0, 0.0, 0.0) {
+      m_ray_origin(),
+      m_differential_delta_x(),
+      m_differential_delta_y(),
+      m_clip_normal() {
   disable_clipping();
 }
 

@@ -13,11 +13,7 @@ constexpr double k_line_frustum_half_width = 0.01;
 }  // namespace
 
 LineRayGenerator::LineRayGenerator(GMathRay::Type const& type, double const& time)
-    : m_ray_type(type),
-      m_ray_time(time),
-      m_ray_origin(0.0, 0.0, 0.0),
-      m_differential_delta(0.0, 0.0, 0.0),
-      m_clip_normal(0.0, 0.0, 0.0) {
+    : m_ray_type(type), m_ray_time(time), m_ray_origin(), m_differential_delta(), m_clip_normal() {
   disable_clipping();
 }
 

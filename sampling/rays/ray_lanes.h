@@ -80,6 +80,7 @@ inline void to_unit_disk(Lanes const& u, Lanes const& v, Lanes& radius, Lanes& a
 // spilled pair from memory would wait on store forwarding.
 template <int k>
 inline double lane(Lanes const& lanes) {
+  static_assert(k == 0 || k == 1, "two lanes");
   return _mm_cvtsd_f64(k == 0 ? lanes : _mm_unpackhi_pd(lanes, lanes));
 }
 
@@ -98,6 +99,7 @@ inline Lanes load_pair(double const* values) {
 // Stores lane k of a double into `out`.
 template <int k>
 inline void store_lane(Lanes const& lanes, double& out) {
+  static_assert(k == 0 || k == 1, "two lanes");
   if (k == 0)
     _mm_storel_pd(&out, lanes);
   else

@@ -49,7 +49,7 @@ struct UniformSphereRayGenerator::RayConstants {
 };
 
 UniformSphereRayGenerator::UniformSphereRayGenerator(GMathRay::Type const& type, double const& time)
-    : m_ray_type(type), m_ray_time(time), m_ray_origin(0.0, 0.0, 0.0) {
+    : m_ray_type(type), m_ray_time(time), m_ray_origin() {
   set_callbacks<UniformSphereRayGenerator, &get_ray_callback, &get_rays_callback,
                 &get_frustum_callback>();
 }

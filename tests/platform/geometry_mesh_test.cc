@@ -5,6 +5,7 @@
 
 #include "platform/geometry/geometry_intersection.h"
 #include "platform/geometry/geometry_mesh.h"
+#include "tests/support/placement.h"
 
 namespace {
 
@@ -60,7 +61,7 @@ TEST(GeometryMesh, PrimitivesGroupsAndAreas) {
 
 TEST(GeometryMesh, EvaluationMapsCornersAndKeepsAFrame) {
   GeometryMesh const mesh = make_mesh();
-  M const matrix = M::translation(1.0, 2.0, 3.0) * M::scale(2.0, 2.0, 2.0);
+  M const matrix = scaled_and_moved(2.0, 2.0, 2.0, 1.0, 2.0, 3.0);
   // Triangle corners (0,0), (1,0), (0,1), then the quad's in boundary order.
   double const corners[][6] = {{0, 0, 0, 1, 2, 3}, {0, 1, 0, 3, 2, 3},  {0, 0, 1, 1, 4, 3},
                                {1, 0, 0, 7, 2, 3}, {1, 1, 0, 11, 2, 5}, {1, 1, 1, 11, 6, 3},

@@ -79,7 +79,8 @@ TEST(CosineWeightedHemisphereRayGenerator, ConeEdgesAngleRangeAndModes) {
 
 // The middle ray's auxiliary directions turn towards T1 and T2, by the
 // spreads the rays get (the rays harness's, for every cone and incoming
-// spread, quarter turns included).
+// spread, quarter turns included); its auxiliary origins move along T1 and
+// T2 by the lengths of the incoming offsets within their plane.
 TEST(CosineWeightedHemisphereRayGenerator, MiddleRay) {
   Vec3 const d = unit(Vec3(0.2, -0.7, 0.4));
   Vec3 t1, t2;
@@ -91,9 +92,12 @@ TEST(CosineWeightedHemisphereRayGenerator, MiddleRay) {
   double const ty = 0.5 * 0.25 * k_sampling_pi + std::tan(0.1);
   Vec3 const rx = (d + t1 * tx) * (1.0 / std::sqrt(1.0 + tx * tx));
   Vec3 const ry = (d + t2 * ty) * (1.0 / std::sqrt(1.0 + ty * ty));
-  EXPECT_TRUE((middle.m_differential.m_rx_direction - rx).length() <= 1e-12 &&
-              (middle.m_differential.m_ry_direction - ry).length() <= 1e-12 &&
-              middle.m_direction == d);
+  GMathRayDifferential const& aux = middle.m_differential;
+  EXPECT_TRUE((aux.m_rx_direction - rx).length() <= 1e-12 &&
+              (aux.m_ry_direction - ry).length() <= 1e-12 && middle.m_direction == d);
+  EXPECT_TRUE((aux.m_rx_origin - (middle.m_origin + t1 * (0.01 / std::sqrt(2.0)))).length() <=
+                  1e-12 &&
+              (aux.m_ry_origin - (middle.m_origin + t2 * 0.02)).length() <= 1e-12);
 }
 
 // The frustum of the whole square is too narrow: the square's edges map to

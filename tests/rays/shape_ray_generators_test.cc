@@ -44,10 +44,17 @@ TEST(DiskRayGenerator, RimAndZeroRadius) {
   }
 }
 
-TEST(ShapeRayGenerators, ClipTestIsStrict) {
+// The clip test is strict; generators built without arguments write the
+// probe type and time 0.
+TEST(ShapeRayGenerators, ClipTestIsStrictAndDefaultTypeAndTime) {
   // Identity frame, origin above the centre: the target's offset along x is
   // u - 0.5 exactly, so the plane x = 0 holds the samples with u = 0.5.
   PlacedShapes shapes;
+  UniformSphereRayGenerator sphere;
+  sphere.init(Vec3(1.0, 2.0, 3.0), 0.5, 0.5);
+  GMathRay probe = patterned_rays(1)[0];
+  sphere.get_ray(Vec2(0.3, 0.6), probe, nullptr);
+  EXPECT_TRUE(probe.m_type == GMathRay::k_type_probe && probe.m_time == 0.0);
   shapes.init(Vec3(0.0, 0.0, 1.0), GMathMatrix4x4<double>(), 1.0, 0.5, 0.5);
   double const just = std::ldexp(1.0, -40);
   for (double scale : {1.0, 1e-3, 250.0}) {
@@ -59,7 +66,8 @@ TEST(ShapeRayGenerators, ClipTestIsStrict) {
       double weight = -1.0;
       EXPECT_TRUE(!g->get_ray(Vec2(0.5, 0.5), ray, &weight) &&
                   !g->get_ray(Vec2(0.5 - just, 0.5), ray, &weight) && weight == -1.0 &&
-                  g->get_ray(Vec2(0.5 + just, 0.5), ray, &weight))
+                  g->get_ray(Vec2(0.5 + just, 0.5), ray, &weight) &&
+                  ray.m_type == GMathRay::k_type_probe && ray.m_time == 0.0)
           << shapes.name(g) << " " << scale;
     }
   }

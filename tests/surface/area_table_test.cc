@@ -9,6 +9,7 @@
 
 #include "platform/geometry/geometry_intersection.h"
 #include "sampling/surface/blue_noise_placement.h"
+#include "tests/support/placement.h"
 #include "tests/surface/surface_fixtures.h"
 
 namespace {
@@ -123,7 +124,7 @@ TEST(SurfaceAreaTable, FoldAndTruncation) {
 
 TEST(SurfaceAreaTable, WorldSamplesAreTheFragmentsOfTheDescriptors) {
   GeometryMesh const mesh = make_terrain();
-  Matrix const matrix = Matrix::translation(1, -2, 3) * Matrix::scale(1.5, 0.5, 2.0);
+  Matrix const matrix = scaled_and_moved(1.5, 0.5, 2.0, 1, -2, 3);
   Descriptors descriptors(50);
   for (unsigned int k = 0; k < 50; ++k)
     descriptors[k] = GeometryPrimitiveSampleDescriptor{k * 4, 0.125f * (k % 5), 0.1f * (k % 3)};

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "sampling/surface/blue_noise_placement.h"
+#include "tests/support/placement.h"
 #include "tests/surface/surface_fixtures.h"
 
 namespace {
@@ -123,7 +124,7 @@ TEST(SurfaceBlueNoise, PointsKeepTheirDistanceWithinATree) {
   for (unsigned int group : {0u, 1u, 0u})
     add_face(squares, 0, 0, 1, 1, group, true);
   GeometryMesh const terrain = make_terrain();
-  Matrix const matrix = Matrix::translation(3, 0, 1) * Matrix::scale(0.5, 2, 1);
+  Matrix const matrix = scaled_and_moved(0.5, 2, 1, 3, 0, 1);
   struct Case {
     GeometryMesh const& mesh;
     Matrix matrix;

@@ -4,6 +4,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/placement.h"
 #include "tests/surface/surface_fixtures.h"
 
 namespace {
@@ -27,7 +28,7 @@ Entries const k_entries[] = {
 // repeated calls are the surface harness's.)
 TEST(SurfaceEntries, FormsAgree) {
   GeometryMesh const terrain = make_terrain();
-  Matrix const matrix = Matrix::translation(0.5, 1, -2) * Matrix::scale(2, 1, 3);
+  Matrix const matrix = scaled_and_moved(2, 1, 3, 0.5, 1, -2);
   for (Entries const& entry : k_entries) {
     for (unsigned int group : {k_all, 2u}) {
       SCOPED_TRACE(testing::Message() << (&entry - k_entries) << " group " << group);

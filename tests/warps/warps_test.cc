@@ -139,6 +139,9 @@ TEST(Warps, DensitiesAndInversesMatchTheWarps) {
       ++options.seed;
       double const integral = integrate_density(w.domain, pdf);
       EXPECT_TRUE(std::fabs(integral - 1.0) <= 1e-3) << w.name << " s " << s << ": " << integral;
+      // Continuous at the pole (the centre), where densities take their limit.
+      double const at = pdf(Vec3(0, 0, 1)), near = pdf(Vec3(1e-7, 0, std::sqrt(1.0 - 1e-14)));
+      EXPECT_TRUE(std::fabs(at - near) <= 1e-9 * at) << w.name << " s " << s << ": " << at;
       // The inverse stays in the square and leads back to the sample.
       UniformSquare uniform(options.seed);
       for (int i = 0; i < 100000; ++i) {
@@ -191,8 +194,10 @@ TEST(Warps, ConcentricMapSectorsCentreAndDiagonals) {
       EXPECT_TRUE(std::fabs(u - c[0]) + std::fabs(v - c[1]) <= 1e-12) << c[0] << ", " << c[1];
     }
   }
-  // Everywhere: radius is max(|a|, |b|) and the angle lies in its sector.
+  // Everywhere: radius is max(|a|, |b|) and the angle lies in its sector;
+  // the inverse leads back from the map's angle, atan2's and a turn from 0.
   UniformSquare uniform(1);
+  double const turn = 2.0 * std::acos(-1.0);
   for (int i = 0; i < 100000; ++i) {
     double const u = uniform.next(), v = uniform.next();
     double const x = u * 2.0 - 1.0, y = v * 2.0 - 1.0;
@@ -201,6 +206,11 @@ TEST(Warps, ConcentricMapSectorsCentreAndDiagonals) {
     double const lo =
         x > std::fabs(y) ? -K : (y >= std::fabs(x) ? K : (x < -std::fabs(y) ? 3 * K : 5 * K));
     ASSERT_TRUE(a >= lo && a <= lo + 2 * K && a > -K) << u << ", " << v << " angle " << a;
+    for (double const angle : {a, std::atan2(std::sin(a), std::cos(a)), a < 0.0 ? a + turn : a}) {
+      double iu, iv;
+      Sampling::to_unit_disk_inverse(r, angle, iu, iv);
+      ASSERT_TRUE(std::fabs(iu - u) + std::fabs(iv - v) <= 1e-12) << u << ", " << v << " " << angle;
+    }
   }
 }
 
@@ -222,6 +232,13 @@ TEST(Warps, WorkedBits) {
   // The library's 2pi * 0.25 lies just below the true right angle.
   Sampling::hemisphere_cosine(0.5, 0.25, d, 1.0);
   EXPECT_TRUE(d.x > 1.9e-13 && d.x < 2.1e-13 && d.y == 0.5 && d.z == std::sqrt(0.75)) << d.x;
+  // Azimuth 0, from y = +0 or -0, starts the turn: v = 0, not 1.
+  for (double const y : {0.0, -0.0}) {
+    double u, v0, v1;
+    Sampling::sphere_uniform_inverse(Vec3(0.6, y, 0.8), u, v0);
+    Sampling::hemisphere_uniform_inverse(Vec3(0.6, y, 0.8), 1.0, u, v1);
+    EXPECT_TRUE(v0 == 0.0 && v1 == 0.0) << v0 << " " << v1;
+  }
 }
 
 // The shuffle of an index is its rank by radical inverse among the indices
