@@ -101,6 +101,12 @@ GMathMatrix4x4<double> View3d::frame(double sx, double sy, double sz, double til
   about_z(0, 1) = -sz_;
   about_z(1, 0) = sz_;
   about_z(1, 1) = cz;
-  return GMathMatrix4x4<double>::translation(position.x, position.y, position.z) * about_z *
-         about_x * GMathMatrix4x4<double>::scale(sx, sy, sz);
+  GMathMatrix4x4<double> moved, scaled;
+  moved(0, 3) = position.x;
+  moved(1, 3) = position.y;
+  moved(2, 3) = position.z;
+  scaled(0, 0) = sx;
+  scaled(1, 1) = sy;
+  scaled(2, 2) = sz;
+  return moved * about_z * about_x * scaled;
 }

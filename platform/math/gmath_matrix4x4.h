@@ -31,22 +31,6 @@ struct GMathMatrix4x4 {
     return GMathVec3<T>(m[0] * v.x + m[1] * v.y + m[2] * v.z, m[4] * v.x + m[5] * v.y + m[6] * v.z,
                         m[8] * v.x + m[9] * v.y + m[10] * v.z);
   }
-
-  static GMathMatrix4x4 scale(T const& x, T const& y, T const& z) {
-    GMathMatrix4x4 r;
-    r.m[0] = x;
-    r.m[5] = y;
-    r.m[10] = z;
-    return r;
-  }
-  static GMathMatrix4x4 translation(T const& x, T const& y, T const& z) {
-    GMathMatrix4x4 r;
-    r.m[3] = x;
-    r.m[7] = y;
-    r.m[11] = z;
-    return r;
-  }
-  // Product this * o of two affine matrices (full 4x4 product).
 };
 
 static_assert(sizeof(GMathMatrix4x4<double>) == 128, "GMathMatrix4x4<double> is sixteen doubles");

@@ -224,20 +224,11 @@ inline SharedFields shared_fields(GMathRay const& ray) {
 }
 
 // SharedFields of rays from `origin` of the given type and time, with
-// differentials from that same origin when `differentials` holds
-// (m_aux[0] as GMathRay::set_differentials computes it for them).
+// differentials from that same origin when `differentials` holds: both
+// auxiliary origins are the origin, so m_aux[0] is 0.
 inline SharedFields shared_fields(GMathVec3<double> const& origin, GMathRay::Type const& type,
                                   double const& time, bool const& differentials) {
-  GMathRay ray(origin, GMathVec3<double>(0.0, 0.0, 1.0), type, time);
-  if (differentials) {
-    GMathRayDifferential differential;
-    differential.m_rx_origin = origin;
-    differential.m_ry_origin = origin;
-    differential.m_rx_direction = ray.m_direction;
-    differential.m_ry_direction = ray.m_direction;
-    ray.set_differentials(differential);
-  }
-  return shared_fields(ray);
+  return SharedFields{origin, type, time, differentials, origin, origin, 0.0};
 }
 
 // Samples per block of for_each_pair.

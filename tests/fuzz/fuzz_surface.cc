@@ -15,6 +15,7 @@
 #include "platform/geometry/geometry_primitive_sample_descriptor.h"
 #include "sampling/sampling.h"
 #include "tests/fuzz/fuzz_input.h"
+#include "tests/support/placement.h"
 
 namespace {
 
@@ -56,8 +57,8 @@ void decode_mesh(FuzzInput& in, GeometryMesh& mesh) {
 // Rotation about z, uniform scale and translation.
 GMathMatrix4x4<double> decode_matrix(FuzzInput& in) {
   double const angle = in.between(-3.2, 3.2), scale = in.between(0.25, 4.0);
-  GMathMatrix4x4<double> m = GMathMatrix4x4<double>::translation(
-      in.between(-5.0, 5.0), in.between(-5.0, 5.0), in.between(-5.0, 5.0));
+  GMathMatrix4x4<double> m = scaled_and_moved(1.0, 1.0, 1.0, in.between(-5.0, 5.0),
+                                              in.between(-5.0, 5.0), in.between(-5.0, 5.0));
   m(0, 0) = std::cos(angle) * scale;
   m(0, 1) = -std::sin(angle) * scale;
   m(1, 0) = std::sin(angle) * scale;

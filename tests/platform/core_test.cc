@@ -15,6 +15,7 @@
 #include "platform/math/gmath_vec2.h"
 #include "platform/random/grandom_fast_mt.h"
 #include "platform/random/grandom_mt.h"
+#include "tests/support/placement.h"
 
 TEST(CoreArray, ResizeZeroesResizeKeepKeepsCopiesAreDeep) {
   using V = GMathVec2<double>;
@@ -63,8 +64,7 @@ TEST(GMathRecords, RowMajorMatricesReciprocalDivisionAndBoxes) {
   GMathMatrix3x3<double> m3(1, 2, 3, 4, 5, 6, 7, 8, 9);
   EXPECT_EQ(m3.column(2), GMathVec3<double>(3, 6, 9));
   // The 4x4 translation sits in the fourth column; the fourth row is never read.
-  GMathMatrix4x4<double> m4 = GMathMatrix4x4<double>::translation(1, 2, 3);
-  EXPECT_TRUE(m4[3] == 1.0 && m4[7] == 2.0 && m4[11] == 3.0);
+  GMathMatrix4x4<double> m4 = scaled_and_moved(1, 1, 1, 1, 2, 3);
   m4[12] = m4[13] = m4[14] = m4[15] = 1e300;
   EXPECT_EQ(m4.transform_point(GMathVec3<double>(1, 1, 1)), GMathVec3<double>(2, 3, 4));
   EXPECT_EQ(m4.transform_vector(GMathVec3<double>(1, 1, 1)), GMathVec3<double>(1, 1, 1));

@@ -50,11 +50,11 @@ TEST(GeometryMesh, PrimitivesGroupsAndAreas) {
               mesh.get_primitive_vertex_count(0) == 3 && mesh.get_primitive_vertex_count(1) == 4);
   CtxEval const ctx;
   EXPECT_EQ(mesh.get_primitive_area(ctx, 0, M()), 0.5);
-  EXPECT_EQ(mesh.get_primitive_area(ctx, 0, M::scale(2.0, 3.0, 1.0)), 3.0);
+  EXPECT_EQ(mesh.get_primitive_area(ctx, 0, scaled_and_moved(2.0, 3.0, 1.0, 0.0, 0.0, 0.0)), 3.0);
   // A translation leaves areas alone; the non-planar quad measures as its
   // two triangles split along its first diagonal.
   double const quad = mesh.get_primitive_area(ctx, 1, M());
-  EXPECT_EQ(mesh.get_primitive_area(ctx, 1, M::translation(7, -2, 4)), quad);
+  EXPECT_EQ(mesh.get_primitive_area(ctx, 1, scaled_and_moved(1, 1, 1, 7, -2, 4)), quad);
   EXPECT_EQ(quad, 0.5 * cross(V(2, 0, 1), V(2, 2, 0)).length() +
                       0.5 * cross(V(2, 2, 0), V(0, 2, 0)).length());
 }

@@ -9,12 +9,13 @@
 #include "platform/math/gmath_matrix3x3.h"
 #include "platform/math/gmath_matrix4x4.h"
 #include "sampling/ray_generators.h"
+#include "tests/support/placement.h"
 
 #ifdef SAMPLING_CHECKS
 TEST(RayContractsDeathTest, EveryGeneratorChecksItsCaller) {
   typedef GMathVec2<double> Vec2;
   typedef GMathVec3<double> Vec3;
-  GMathMatrix4x4<double> const frame = GMathMatrix4x4<double>::translation(0.0, 0.0, -2.0);
+  GMathMatrix4x4<double> const frame = scaled_and_moved(1.0, 1.0, 1.0, 0.0, 0.0, -2.0);
   GMathMatrix3x3<double> const shading;
   GeometryDifferential const none;
   GMathVec2<float> const axis(1.0f, 0.0f);

@@ -5,7 +5,10 @@
 // A placement that scales by (sx, sy, sz), then moves by (tx, ty, tz).
 inline GMathMatrix4x4<double> scaled_and_moved(double sx, double sy, double sz, double tx,
                                                double ty, double tz) {
-  GMathMatrix4x4<double> m = GMathMatrix4x4<double>::scale(sx, sy, sz);
+  GMathMatrix4x4<double> m;
+  m(0, 0) = sx;
+  m(1, 1) = sy;
+  m(2, 2) = sz;
   m(0, 3) = tx;
   m(1, 3) = ty;
   m(2, 3) = tz;

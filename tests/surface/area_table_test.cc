@@ -80,7 +80,8 @@ TEST(SurfaceAreaTable, BuildSelectsGroupsAndAsksEachPrimitiveOnce) {
   TableObject const object({{1.0, 3, 0}, {4.0, 4, 1}, {2.0, 3, 0}, {0.5, 3, 1}, {3.0, 4, 0}}, 2);
   CoreArray<PrimitiveArea> table;
   double total = -1.0;
-  build_area_table(CtxEval(), object, Matrix::scale(2.0, 2.0, 2.0), k_all, table, total);
+  build_area_table(CtxEval(), object, scaled_and_moved(2.0, 2.0, 2.0, 0.0, 0.0, 0.0), k_all, table,
+                   total);
   EXPECT_EQ(total, ((((4.0 + 16.0) + 8.0) + 2.0) + 12.0));
   ASSERT_EQ(table.count(), 5u);
   EXPECT_TRUE(table[0].m_primitive == 1 && table[0].m_vertex_count == 4 &&

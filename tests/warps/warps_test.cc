@@ -316,8 +316,10 @@ TEST(WarpsDeathTest, CallerContracts) {
                "hemisphere_uniform: sample");
   EXPECT_DEATH(Sampling::hemisphere_cosine_concentric(0.5, 0.5, d, 1.0 + 1e-12),
                "hemisphere_cosine_concentric: radius_scale outside \\[0,1\\]");
-  EXPECT_DEATH(Sampling::sphere_cosine_inverse(Vec3(0, 0.5, 0), r, a),
+  // Directions are unit to 1e-6 in their squared length.
+  EXPECT_DEATH(Sampling::sphere_cosine_inverse(Vec3(0, 0, std::sqrt(1 + 1.5e-6)), r, a),
                "sphere_cosine_inverse: direction not of unit length");
+  Sampling::sphere_cosine_inverse(Vec3(0, 0, std::sqrt(1 - 0.5e-6)), r, a);
   EXPECT_DEATH(Sampling::to_unit_disk_inverse(0.5, 7.0, r, a),
                "to_unit_disk_inverse: angle outside \\[-pi, 2pi\\)");
   Sampling::to_unit_disk(0.0, 1.0, r, a);
