@@ -90,7 +90,7 @@ static_assert(sizeof(GMathRay::Type) == 4, "GMathRay::Type is 32 bits");
 // The values the generators write are part of the ray record's contract.
 static_assert(GMathRay::k_type_reflection == 3 && GMathRay::k_type_refraction == 4 &&
                   GMathRay::k_type_probe == 5,
-              "GMathRay::Type: reflection 3, refraction 4, probe 5");
+              "GMathRay::Type: the values the generators write");
 static_assert(std::is_trivially_copyable<GMathRay>::value, "GMathRay is copied as raw memory");
 static_assert(std::is_trivially_destructible<GMathRay>::value, "GMathRay owns nothing");
 static_assert(sizeof(GMathRay) == 240, "GMathRay layout");

@@ -233,6 +233,7 @@ inline SharedFields shared_fields(GMathVec3<double> const& origin, GMathRay::Typ
 
 // Samples per block of for_each_pair.
 constexpr unsigned int k_block = 8;
+static_assert(k_block % 2 == 0, "for_each_pair: a block holds whole pairs");
 
 // Walks the pairs of samples[0..count-1] (an odd last sample is left to the
 // caller) in blocks of up to k_block samples, in three steps per block:
