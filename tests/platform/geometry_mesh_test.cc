@@ -70,16 +70,20 @@ TEST(GeometryMesh, EvaluationMapsCornersAndKeepsAFrame) {
     EXPECT_EQ(evaluate(mesh, matrix, c[0], c[1], c[2]).m_world_position, V(c[3], c[4], c[5]));
   GeometryIntersection const tri = evaluate(mesh, matrix, 0, 0.25, 0.5);
   EXPECT_TRUE(tri.m_world_normal == V(0, 0, 1) && tri.m_world_dpdu == V(2, 0, 0));
-  // The quad's normal is a unit vector orthogonal to its tangents, on the
-  // side of dP/du x dP/dv, at random parameters.
+  // The quad's dP/du is the change of its (bilinear) position along u; its
+  // normal is a unit vector orthogonal to its tangents, on the side of
+  // dP/du x dP/dv, at random parameters.
   std::mt19937 rng(3);
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   for (int i = 0; i < 200; ++i) {
     double const u = unit(rng), v = unit(rng);
     GeometryIntersection const q = evaluate(mesh, matrix, 1, u, v);
+    V const dpdu =
+        (evaluate(mesh, matrix, 1, u + 1e-6, v).m_world_position - q.m_world_position) * 1e6;
     V const dpdv =
         (evaluate(mesh, matrix, 1, u, v + 1e-6).m_world_position - q.m_world_position) * 1e6;
-    EXPECT_TRUE(std::fabs(q.m_world_normal.length() - 1.0) <= 1e-12 &&
+    EXPECT_TRUE((q.m_world_dpdu - dpdu).length() <= 1e-6 &&
+                std::fabs(q.m_world_normal.length() - 1.0) <= 1e-12 &&
                 std::fabs(dot(q.m_world_normal, q.m_world_dpdu)) <= 1e-12 &&
                 std::fabs(dot(q.m_world_normal, dpdv)) <= 1e-5 &&
                 dot(cross(q.m_world_dpdu, dpdv), q.m_world_normal) > 0.0)

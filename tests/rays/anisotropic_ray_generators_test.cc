@@ -76,10 +76,19 @@ TEST(AnisotropicLobe, SampledNormalsAndSpreads) {
     EXPECT_TRUE(std::isnan(c.x) || (n - Vec3(c.x, c.y, c.z)).length() <= 1e-6) << n.x << " " << n.z;
   }
   // Head on, the ray back along N has a density (the normal's azimuth is
-  // undefined).
+  // undefined); the incoming direction itself, which a normal lying in the
+  // surface sends on, has none (no half vector).
   AnisotropicReflectionRayGenerator g;
   init(g, flat_shading(100.0f, 10.0f, Vec3(0.0, 0.0, -1.0)));
   EXPECT_TRUE(g.pdf(Vec3(0.0, 0.0, 1.0)) > 0.0 && std::isfinite(g.pdf(Vec3(0.0, 0.0, 1.0))));
+  EXPECT_EQ(g.pdf(Vec3(0.0, 0.0, -1.0)), 0.0);
+  // The normal's density is continuous at N, where its azimuth is undefined
+  // (approached along the tangent, whose exponent N takes).
+  AnisotropicReflectionRayGenerator steep;
+  init(steep, flat_shading(1.0f, 1000.0f, Vec3(0.0, 0.0, -1.0)));
+  double const at_n = Lobe::normal_pdf(steep, Vec3(0.0, 0.0, 1.0));
+  EXPECT_TRUE(std::fabs(Lobe::normal_pdf(steep, Vec3(1e-7, 0.0, std::sqrt(1.0 - 1e-14))) - at_n) <=
+              1e-10 * at_n);
   double spread;
   // u = 0.25 starts the odd quarter at x = pi'/2, whose tangent is huge, and
   // just below it the even quarter ends there: phi stays next to pi'/2.

@@ -150,15 +150,15 @@ TEST(SurfaceAreaTable, WorldSamplesAreTheFragmentsOfTheDescriptors) {
 TEST(SurfaceAreaTable, TransformedBoxBoundsTheTransformedCorners) {
   GMathBbox3<double> const box(GMathVec3<double>(-1, 2, 0.5), GMathVec3<double>(3, 4, 1.5));
   Matrix m;
-  double const values[16] = {0.6, -0.8, 0, 5, 0.8, 0.6, 0, -1, 0, 0, 2, 0.25, 9, 9, 9, 9};
+  double const values[16] = {0.6, -0.8, 0.3, 5, 0.8, 0.6, -0.4, -1, 0.2, 0.5, 2, 0.25, 9, 9, 9, 9};
   std::copy(values, values + 16, m.m);
   GMathBbox3<double> world;
   transform_bbox(box, m, world);
-  // x' = 0.6 x - 0.8 y + 5 over x in [-1, 3], y in [2, 4].
-  EXPECT_EQ(world.m_min.x, ((0.6 * -1.0 + -0.8 * 4.0) + 0.0 * 0.5) + 5.0);
-  EXPECT_EQ(world.m_max.x, ((0.6 * 3.0 + -0.8 * 2.0) + 0.0 * 0.5) + 5.0);
-  EXPECT_EQ(world.m_min.y, ((0.8 * -1.0 + 0.6 * 2.0) + 0.0 * 0.5) + -1.0);
-  EXPECT_EQ(world.m_max.z, ((0.0 * 3.0 + 0.0 * 4.0) + 2.0 * 1.5) + 0.25);
+  // x' = 0.6 x - 0.8 y + 0.3 z + 5 over x in [-1, 3], y in [2, 4], z in [0.5, 1.5].
+  EXPECT_EQ(world.m_min.x, ((0.6 * -1.0 + -0.8 * 4.0) + 0.3 * 0.5) + 5.0);
+  EXPECT_EQ(world.m_max.x, ((0.6 * 3.0 + -0.8 * 2.0) + 0.3 * 1.5) + 5.0);
+  EXPECT_EQ(world.m_min.y, ((0.8 * -1.0 + 0.6 * 2.0) + -0.4 * 1.5) + -1.0);
+  EXPECT_EQ(world.m_max.z, ((0.2 * 3.0 + 0.5 * 4.0) + 2.0 * 1.5) + 0.25);
   std::mt19937 rng(4);
   std::uniform_real_distribution<double> t(0.0, 1.0);
   for (int i = 0; i < 1000; ++i)
