@@ -1,4 +1,5 @@
 #include "tests/support/density_harness.h"
+#include "sampling/rays/ray_math.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,10 +13,6 @@ using Vec2 = GMathVec2<double>;
 using Vec3 = GMathVec3<double>;
 
 double const two_pi = 2.0 * std::acos(-1.0);
-
-double dot(Vec3 const& a, Vec3 const& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
 
 Vec3 to_local(DensityFrame const& f, Vec3 const& p) {
   return Vec3(dot(p, f.x), dot(p, f.y), dot(p, f.z));

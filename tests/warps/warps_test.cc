@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "sampling/patterns/radical_inverse.h"
+#include "sampling/rays/ray_math.h"
 #include "sampling/sampling.h"
 #include "tests/support/density_harness.h"
 
@@ -66,10 +67,6 @@ Warp const k_warps[] = {UNSCALED(disk_concentric, disk, &disk_pdf),
                         SCALED(hemisphere_cosine_concentric),
                         UNSCALED(sphere_uniform, sphere, &no_scale<&Sampling::sphere_uniform_pdf>),
                         UNSCALED(sphere_cosine, sphere, &no_scale<&Sampling::sphere_cosine_pdf>)};
-
-double dot(Vec3 const& a, Vec3 const& b) {
-  return a.x * b.x + a.y * b.y + a.z * b.z;
-}
 
 DensitySampler sampler(Warp const& w, double s) {
   return [&w, s](Vec2 const& uv, Vec3& d) { return w.warp(uv.x, uv.y, d, s), true; };
