@@ -222,7 +222,8 @@ void fuzz_cosine(FuzzInput& in, std::vector<Vec2> const& samples) {
       FUZZ_ASSERT(along >= -1e-7, "%s: projected ray below the plane: d . n = %.17g", name, along);
     // Projection keeps the rays above the plane bit for bit and flattens the
     // others onto the nearest direction of the plane, with unit auxiliary
-    // directions.
+    // directions (built on tangents projected as well: a short projection's
+    // rounding, over its length, leaves them off unit by as much).
     // The auxiliary directions are turned from the ray by atan(tx)
     // perpendicular to the axis (azimuthal) and by atan(ty) within the plane
     // of the ray and the axis (polar); the footprint keeps the incoming
@@ -248,8 +249,9 @@ void fuzz_cosine(FuzzInput& in, std::vector<Vec2> const& samples) {
                       ? same_ray_bits(ray, w)
                       : flat.length() < 1e-6 ||
                             ((d - flat * (1.0 / flat.length())).length() <= 1e-12 / flat.length() &&
-                             (!ray.m_has_differentials || (unit_length(aux.m_rx_direction, tol) &&
-                                                           unit_length(aux.m_ry_direction, tol)))),
+                             (!ray.m_has_differentials ||
+                              (unit_length(aux.m_rx_direction, tol + 1e-15 / flat.length()) &&
+                               unit_length(aux.m_ry_direction, tol + 1e-15 / flat.length())))),
                   "%s: ray of (%.17g, %.17g) not kept or flattened", name, s.x, s.y);
     // The rim's height is sqrt(1 - s^2) with s = the cone's sine: for cones
     // near 90 degrees the rounding of s^2 is magnified by 1 / (2 cos_h).
@@ -426,9 +428,13 @@ template <typename Generator>
 void fuzz_shape(FuzzInput& in, std::vector<Vec2> const& samples, unsigned int shape) {
   char const* const names[] = {"line", "plane", "disk"};
   char const* const name = names[shape];
+  // Orthonormal axes (the library's basis of a direction within 1e-8 of the
+  // Y axis is orthonormal to it only to that distance).
   Vec3 axis[3];
   axis[2] = in.direction();
   orthonormal_basis(axis[2], axis[0], axis[1]);
+  axis[0] = unit(axis[0] - axis[2] * dot(axis[0], axis[2]));
+  axis[1] = cross(axis[2], axis[0]);
   double const scale[3] = {in.between(0.1, 10.0), in.between(0.1, 10.0), in.between(0.1, 10.0)};
   Vec3 const t(in.between(-10.0, 10.0), in.between(-10.0, 10.0), in.between(-10.0, 10.0));
   GMathMatrix4x4<double> frame;
