@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include "platform/math/gmath_vec2.h"
 #include "platform/math/gmath_vec3.h"

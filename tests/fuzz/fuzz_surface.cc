@@ -8,7 +8,6 @@
 // the outputs. Counts and densities stay below a few hundred points.
 #include <cmath>
 #include <cstring>
-#include <vector>
 
 #include "platform/core/core_array.h"
 #include "platform/geometry/geometry_mesh.h"

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <random>
-#include <vector>
 
 #include "sampling/surface/blue_noise_placement.h"
 #include "tests/support/placement.h"
