@@ -428,9 +428,13 @@ template <typename Generator>
 void fuzz_shape(FuzzInput& in, std::vector<Vec2> const& samples, unsigned int shape) {
   char const* const names[] = {"line", "plane", "disk"};
   char const* const name = names[shape];
+  // Orthonormal axes (the library's basis of a direction within 1e-8 of the
+  // Y axis is orthonormal to it only to that distance).
   Vec3 axis[3];
   axis[2] = in.direction();
-  exact_basis(axis[2], axis[0], axis[1]);
+  orthonormal_basis(axis[2], axis[0], axis[1]);
+  axis[0] = unit(axis[0] - axis[2] * dot(axis[0], axis[2]));
+  axis[1] = cross(axis[2], axis[0]);
   double const scale[3] = {in.between(0.1, 10.0), in.between(0.1, 10.0), in.between(0.1, 10.0)};
   Vec3 const t(in.between(-10.0, 10.0), in.between(-10.0, 10.0), in.between(-10.0, 10.0));
   GMathMatrix4x4<double> frame;

@@ -50,9 +50,13 @@ Shading shading_from(Source& src, float nu, float nv, bool differentials) {
   Shading s;
   V3 const n = src.direction();
   V3 t1, t2;
-  exact_basis(n, t1, t2);
+  orthonormal_basis(n, t1, t2);
   double const angle = 3.0 * src.any();
-  V3 const c1 = t1 * std::cos(angle) + t2 * std::sin(angle), c2 = cross(n, c1);
+  // Made orthogonal to N: the library's basis of a direction within 1e-8 of
+  // the Y axis is orthonormal to it only to that distance.
+  V3 c1 = t1 * std::cos(angle) + t2 * std::sin(angle);
+  c1 = unit(c1 - n * dot(c1, n));
+  V3 const c2 = cross(n, c1);
   s.matrix = GMathMatrix3x3<double>(c1.x, c2.x, n.x, c1.y, c2.y, n.y, c1.z, c2.z, n.z);
   GMathVec2<float> const axes[4] = {{1.0f, 0.0f}, {0.0f, 1.0f}, {-1.0f, 0.0f}, {0.0f, -1.0f}};
   s.direction = axes[src.pick4()];

@@ -5,23 +5,12 @@
 #include <vector>
 
 #include "platform/math/gmath_ray.h"
-#include "sampling/rays/ray_math.h"
 #include "sampling/rays/sample_ray_generator.h"
 
 // Helpers of the ray generator tests.
 
 inline GMathVec3<double> unit(GMathVec3<double> const& v) {
   return v * (1.0 / v.length());
-}
-
-// Tangents t1, t2 of the unit vector n with (t1, t2, n) orthonormal to
-// rounding everywhere: the library's basis with t1 made orthogonal to n (the
-// library's basis of a direction within 1e-8 of the Y axis is orthonormal to
-// it only to that distance).
-inline void exact_basis(GMathVec3<double> const& n, GMathVec3<double>& t1, GMathVec3<double>& t2) {
-  orthonormal_basis(n, t1, t2);
-  t1 = unit(t1 - n * dot(t1, n));
-  t2 = cross(n, t1);
 }
 
 // A direction uniform over the sphere.
