@@ -135,6 +135,10 @@ class SAMPLING_API CosineWeightedHemisphereRayGenerator : public SampleRayGenera
                                           unsigned int const& count, GMathRay* rays,
                                           int const& mode) const;
 
+  // create_rays for a get_rays callback: checks, rays, unit weights.
+  SAMPLING_LOCAL static unsigned int get_rays_in_mode(
+      CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
+      unsigned int const& count, GMathRay* rays, double* weights, int const& mode);
   SAMPLING_LOCAL static bool get_ray_callback(CosineWeightedHemisphereRayGenerator const& generator,
                                               GMathVec2<double> const& sample, GMathRay& ray,
                                               double* weight);

@@ -58,6 +58,16 @@ TEST(CosineWeightedHemisphereRayGenerator, ConeEdgesAngleRangeAndModes) {
   wide.init(incoming_ray(d, false), 400.0, 0.0, 0.0);
   EXPECT_EQ(wide.get_angle_sin(), g.get_angle_sin());
   EXPECT_EQ(g.get_angle_sin(), std::sin(0.5 * k_sampling_pi));
+  // Re-aimed through a run of angles (repeats included), a generator is a
+  // fresh one of the last angle.
+  for (double const angle : {90.0, 90.0, 0.0, 30.0, -30.0, 1e-9, 400.0}) {
+    CosineWeightedHemisphereRayGenerator fresh;
+    fresh.init(incoming_ray(d, false), angle, 0.0, 0.0);
+    wide.init(incoming_ray(d, false), angle, 0.0, 0.0);
+    EXPECT_TRUE(wide.get_angle_cos() == fresh.get_angle_cos() &&
+                ray_of(wide, Vec2(0.2, 0.9)).m_direction ==
+                    ray_of(fresh, Vec2(0.2, 0.9)).m_direction);
+  }
   negative.init(incoming_ray(d, false), -90.0, 0.3, 0.3);
   positive.init(incoming_ray(d, false), 90.0, 0.3, 0.3);
   EXPECT_EQ(ray_of(negative, Vec2(0.2, 0.9)).m_direction,

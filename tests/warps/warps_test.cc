@@ -252,7 +252,7 @@ TEST(Warps, WorkedBits) {
 }
 
 // The shuffle of an index is its rank by radical inverse among the indices
-// below the count; beyond the count, its insertion position.
+// below the count; beyond the count (to 2^32 - 1), its insertion position.
 TEST(Warps, ShuffleIndexIsTheRankOfTheRadicalInverse) {
   for (unsigned count = 1; count <= 300; ++count) {
     std::vector<unsigned> order(count);
@@ -262,7 +262,8 @@ TEST(Warps, ShuffleIndexIsTheRankOfTheRadicalInverse) {
     for (unsigned rank = 0; rank < count; ++rank)
       ASSERT_EQ(Sampling::shuffle_index(order[rank], count), rank)
           << order[rank] << " of " << count;
-    for (unsigned index = count; index < count + 40; ++index) {
+    for (unsigned k = 0; k < 48; ++k) {
+      unsigned const index = k < 40 ? count + k : 0x9E3779B9u * (k * count + 1u);  // all 32 bits
       double const ri = radical_inverse_2(index);
       auto const below = std::count_if(order.begin(), order.end(),
                                        [ri](unsigned j) { return radical_inverse_2(j) < ri; });
