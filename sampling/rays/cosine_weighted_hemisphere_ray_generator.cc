@@ -252,9 +252,9 @@ inline void CosineWeightedHemisphereRayGenerator::create_ray_project(GMathVec3<d
 // the sine and cosine per sample in between; an odd last sample, and every
 // sample without SSE2, through the one-sample builders. In project mode a
 // ray below the plane is projected from its lane values.
+template <int mode>
 inline unsigned int CosineWeightedHemisphereRayGenerator::create_rays(
-    GMathVec2<double> const* samples, unsigned int const& count, GMathRay* rays,
-    int const& mode) const {
+    GMathVec2<double> const* samples, unsigned int const& count, GMathRay* rays) const {
   unsigned int written = 0;
   unsigned int i = 0;
 #if defined(SAMPLING_RAY_LANES)
@@ -333,16 +333,17 @@ inline unsigned int CosineWeightedHemisphereRayGenerator::create_rays(
 // which read the fields per ray: they run on a local copy of the record,
 // which the stores cannot alias, while the lane path skips that copy (480
 // bytes, two rays' worth, a real share of a call of a few rays per hit).
+template <int mode>
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_in_mode(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
-    unsigned int const& count, GMathRay* rays, double* weights, int const& mode) {
+    unsigned int const& count, GMathRay* rays, double* weights) {
   check_arrays(samples, count, rays);
 #if defined(SAMPLING_RAY_LANES)
   CosineWeightedHemisphereRayGenerator const& source = generator;
 #else
   CosineWeightedHemisphereRayGenerator const source = generator;
 #endif
-  unsigned int const written = source.create_rays(samples, count, rays, mode);
+  unsigned int const written = source.create_rays<mode>(samples, count, rays);
   store_unit_weights(weights, written);
   return written;
 }
@@ -358,7 +359,7 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_callback(
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
-  return get_rays_in_mode(generator, samples, count, rays, weights, k_mode_plain);
+  return get_rays_in_mode<k_mode_plain>(generator, samples, count, rays, weights);
 }
 
 bool CosineWeightedHemisphereRayGenerator::get_ray_discard_callback(
@@ -372,7 +373,7 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_discard_callback(
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_discard_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
-  return get_rays_in_mode(generator, samples, count, rays, weights, k_mode_discard);
+  return get_rays_in_mode<k_mode_discard>(generator, samples, count, rays, weights);
 }
 
 bool CosineWeightedHemisphereRayGenerator::get_ray_project_callback(
@@ -386,7 +387,7 @@ bool CosineWeightedHemisphereRayGenerator::get_ray_project_callback(
 unsigned int CosineWeightedHemisphereRayGenerator::get_rays_project_callback(
     CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
     unsigned int const& count, GMathRay* rays, double* weights) {
-  return get_rays_in_mode(generator, samples, count, rays, weights, k_mode_project);
+  return get_rays_in_mode<k_mode_project>(generator, samples, count, rays, weights);
 }
 
 // The disk point of radius r sin h has density 1 / (pi' sin^2 h) per unit

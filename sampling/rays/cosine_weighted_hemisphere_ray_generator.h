@@ -130,15 +130,16 @@ class SAMPLING_API CosineWeightedHemisphereRayGenerator : public SampleRayGenera
   // The rays of samples[0..count-1] in plain (0), discard (1) or project (2)
   // mode, each as the one-sample builder above writes it, packed at the
   // front in discard mode; two at a time in SSE2 lanes where available.
-  // Returns the number written.
+  // Returns the number written. The mode is a template argument, so each
+  // callback runs code without the other modes' tests.
+  template <int mode>
   SAMPLING_LOCAL unsigned int create_rays(GMathVec2<double> const* samples,
-                                          unsigned int const& count, GMathRay* rays,
-                                          int const& mode) const;
-
+                                          unsigned int const& count, GMathRay* rays) const;
   // create_rays for a get_rays callback: checks, rays, unit weights.
+  template <int mode>
   SAMPLING_LOCAL static unsigned int get_rays_in_mode(
       CosineWeightedHemisphereRayGenerator const& generator, GMathVec2<double> const* samples,
-      unsigned int const& count, GMathRay* rays, double* weights, int const& mode);
+      unsigned int const& count, GMathRay* rays, double* weights);
   SAMPLING_LOCAL static bool get_ray_callback(CosineWeightedHemisphereRayGenerator const& generator,
                                               GMathVec2<double> const& sample, GMathRay& ray,
                                               double* weight);
