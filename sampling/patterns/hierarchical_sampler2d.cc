@@ -239,37 +239,36 @@ unsigned int HierarchicalSampler2d::get_packet_samples_hammersley_callback(
   return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }
 
+// Runs of up to 16 samples whose indices n + 1 share all but their low four
+// bits (SobolRunTops): per run the scrambled components of the run's base,
+// their low 28 bits as doubles and a row of top nibbles for each; per sample
+// an exact sum of the low part and the top and the product by the scale, as
+// unit_from_u32 forms it. Indices wrap past 2^32 only between runs.
 void HierarchicalSampler2d::get_all_samples_sobol_callback(HierarchicalSampler2d& sampler,
                                                            GMathVec2<double>* samples) {
-  HierarchicalSampler2d const local = sampler;
-  unsigned int const n = local.m_sample_count;
+  unsigned int const n = sampler.m_sample_count;
+  unsigned int const seed = sampler.m_seed;
+  unsigned int const scramble_u = sampler.m_scramble_u;
+  unsigned int const scramble_v = sampler.m_scramble_v;
   unsigned int i = 0;
-#if defined(SAMPLING_U32_LANES)
-  PairWriter const lanes(0.0, 0.0, k_unit_from_u32_scale, k_unit_from_u32_scale);
-  __m128i const scramble_u = _mm_set1_epi32(static_cast<int>(local.m_scramble_u));
-  __m128i const scramble_v = _mm_set1_epi32(static_cast<int>(local.m_scramble_v));
-  Sobol2ByteTables const& bytes = k_sobol_2_byte_tables;
-  for (; n - i >= 4; i += 4) {
-    unsigned int const n1 = i + local.m_seed + 1u;
-    unsigned int const low = n1 & 0xFFu;
-    __m128i v;
-    if (low <= 252u) {
-      // The four indices share their upper three bytes: one XOR of those
-      // bytes' entries and four consecutive entries of the lowest byte's table.
-      unsigned int const upper = sobol_2_by_bytes(n1 & ~0xFFu);
-      v = _mm_xor_si128(_mm_set1_epi32(static_cast<int>(upper)),
-                        _mm_loadu_si128(reinterpret_cast<__m128i const*>(&bytes.entry[0][low])));
-    } else {
-      v = _mm_set_epi32(
-          static_cast<int>(sobol_2_by_bytes(n1 + 3u)), static_cast<int>(sobol_2_by_bytes(n1 + 2u)),
-          static_cast<int>(sobol_2_by_bytes(n1 + 1u)), static_cast<int>(sobol_2_by_bytes(n1)));
+  while (i < n) {
+    unsigned int const first = i + seed + 1u;
+    unsigned int const base = first & ~15u;
+    unsigned int const begin = first & 15u;
+    unsigned int const end = n - i < 16u - begin ? begin + (n - i) : 16u;
+    unsigned int const u = reverse_bits(base) ^ scramble_u;
+    unsigned int const v = sobol_2_by_bytes(base) ^ scramble_v;
+    double const low_u = static_cast<double>(u & 0x0FFFFFFFu);
+    double const low_v = static_cast<double>(v & 0x0FFFFFFFu);
+    double const* const top_u = k_sobol_run_tops.u[u >> 28];
+    double const* const top_v = k_sobol_run_tops.v[v >> 28];
+    GMathVec2<double>* const out = samples + i - begin;
+    for (unsigned int j = begin; j < end; ++j) {
+      out[j].x = (low_u + top_u[j]) * k_unit_from_u32_scale;
+      out[j].y = (low_v + top_v[j]) * k_unit_from_u32_scale;
     }
-    __m128i const u = reverse_bits_x4(index_lanes(n1, 1));
-    lanes.write4(_mm_xor_si128(u, scramble_u), _mm_xor_si128(v, scramble_v), samples + i);
+    i += end - begin;
   }
-#endif
-  for (; i < n; ++i)
-    local.get_sobol_sample(i, samples[i].x, samples[i].y);
 }
 unsigned int HierarchicalSampler2d::get_packet_samples_sobol_callback(
     HierarchicalSampler2d& sampler, unsigned int const&, GMathVec2<double>* samples,

@@ -12,7 +12,7 @@
 // direction numbers start at 0x80000000 and each is the previous one XOR
 // itself shifted right by one: 0x80000000, 0xC0000000, 0xA0000000,
 // 0xF0000000, 0x88000000, ...
-inline unsigned int sobol_2(unsigned int n) {
+constexpr unsigned int sobol_2(unsigned int n) {
   unsigned int r = 0;
   unsigned int d = 0x80000000u;
   while (n != 0) {
@@ -60,3 +60,30 @@ inline unsigned int sobol_2_by_bytes(unsigned int const& n) {
   return t.entry[0][n & 0xFFu] ^ t.entry[1][(n >> 8) & 0xFFu] ^ t.entry[2][(n >> 16) & 0xFFu] ^
          t.entry[3][n >> 24];
 }
+
+// The top four bits of both components over a run of 16 indices: for a
+// base index b with its low four bits clear, b + j (j < 16) has the bits of b
+// and of j apart, so reverse_bits(b + j) = reverse_bits(b) ^ reverse_bits(j)
+// and sobol_2(b + j) = sobol_2(b) ^ sobol_2(j), and the parts of j touch only
+// the top four bits (the first four direction numbers lie there). After a
+// scramble the top nibble of element j is that of the base XOR j's nibble;
+// entry [h][j] holds that nibble times 2^28 as a double, for every h: the
+// low 28 bits and the top four then add exactly to the element's double.
+struct SobolRunTops {
+  double u[16][16];
+  double v[16][16];
+};
+
+constexpr SobolRunTops make_sobol_run_tops() {
+  SobolRunTops t{};
+  for (unsigned int h = 0; h < 16; ++h) {
+    for (unsigned int j = 0; j < 16; ++j) {
+      unsigned int const reversed = ((j & 1u) << 3) | ((j & 2u) << 1) | ((j & 4u) >> 1) | (j >> 3);
+      t.u[h][j] = static_cast<double>((h ^ reversed) << 28);
+      t.v[h][j] = static_cast<double>((h ^ (sobol_2(j) >> 28)) << 28);
+    }
+  }
+  return t;
+}
+
+inline constexpr SobolRunTops k_sobol_run_tops = make_sobol_run_tops();
