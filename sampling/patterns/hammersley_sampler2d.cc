@@ -69,55 +69,70 @@ struct HammersleySampler2d::HammersleyPoints {
     sample.y = (static_cast<double>(k) + v_offset) * inv_point_count;
   }
 
-  // Points k, k + step, ... (count of them) into samples[0 .. count-1];
-  // four at a time in lanes where the platform has them (the same bits),
-  // consecutive points sixteen at a time.
+  // Points k, k + step, ... (count of them) into samples[0 .. count-1], for
+  // a power-of-two step (1 for whole sets, the packet columns for packets);
+  // in runs of up to sixteen where the platform has lanes (the same bits).
   void write_run(unsigned int k, unsigned int const step, unsigned int const count,
                  GMathVec2<double>* samples) const {
     unsigned int i = 0;
 #if defined(SAMPLING_U32_LANES)
-    if (step == 1u) {
-      // Up to the first k whose k + seed is a multiple of 16, then runs of 16.
-      i = std::min((0u - (k + seed)) & 15u, count);
-      write_steps(k, 1u, i, samples);
-      for (; count - i >= 16; i += 16)
-        write16(k + i, samples + i);
+    if (step <= (1u << 28)) {
+      // With step = 2^c the points whose k + seed agree but in bits c to
+      // c + 3 form a run: j = those bits, and the digits of j scaled by
+      // (2^-c, 2^c), exact products, give each point's offset from the run's.
+      // The indices of whole sets and packets stay below the point count, so
+      // k + j step never wraps past 2^32 and v can add it as doubles.
+      unsigned int const shift = static_cast<unsigned int>(__builtin_ctz(step));
+      alignas(16) double scaled[16][2];
+      double const(*digits)[2] = k_low_digits.pair;
+      if (step != 1u) {
+        __m128d const step_scale = _mm_set_pd(static_cast<double>(step), 1.0 / step);
+        for (unsigned int j = 0; j < 16; ++j)
+          _mm_store_pd(scaled[j], _mm_mul_pd(_mm_load_pd(k_low_digits.pair[j]), step_scale));
+        digits = scaled;
+      }
+      while (i < count) {
+        unsigned int const first = k + i * step;
+        unsigned int const begin = ((first + seed) >> shift) & 15u;
+        unsigned int const end = count - i < 16u - begin ? begin + (count - i) : 16u;
+        write_part(first, step, begin, end, digits, samples + i);
+        i += end - begin;
+      }
     }
 #endif
-    write_steps(k + i * step, step, count - i, samples + i);
-  }
-
-  // write_run four points at a time in lanes, then one at a time.
-  void write_steps(unsigned int k, unsigned int const step, unsigned int const count,
-                   GMathVec2<double>* samples) const {
-    unsigned int i = 0;
-#if defined(SAMPLING_U32_LANES)
-    __m128i lane_k = index_lanes(k, step);
-    __m128i const lane_step = _mm_set1_epi32(static_cast<int>(4u * step));
-    for (; count - i >= 4; i += 4, k += 4u * step) {
-      write4(lane_k, samples + i);
-      lane_k = _mm_add_epi32(lane_k, lane_step);
-    }
-#endif
-    for (; i < count; ++i, k += step)
-      write(k, samples[i]);
+    for (; i < count; ++i)
+      write(k + i * step, samples[i]);
   }
 
 #if defined(SAMPLING_U32_LANES)
-  // The 16 points from k on, for k + seed a multiple of 16: the bits of
-  // k + seed + j are those of k + seed and of j apart, so u is the base's
-  // radical inverse plus that of j, an exact sum (both multiples of 2^-32,
-  // the sum below 1 with 32 significant bits) equal to radical_inverse_2 of
-  // the index; k + j is exact too. Per point: that sum and k + j in one add,
-  // the v offset (u + 0.0 is u) and the scale (u times 1.0), as the lanes of
-  // PairWriter round them.
-  void write16(unsigned int const& k, GMathVec2<double>* samples) const {
-    __m128d const base = _mm_set_pd(static_cast<double>(k), radical_inverse_2(k + seed));
+  // The points j = begin .. end - 1 of a run of write_run, the first, at j =
+  // begin, being point k: the bits of their k + seed are those of the run's
+  // (bits c to c + 3 clear) and of j apart, so u is the run's radical
+  // inverse plus that of j's bits, an exact sum (both multiples of 2^-32, the
+  // sum below 1 with 32 significant bits) equal to radical_inverse_2 of the
+  // index; k + (j - begin) step is exact too, from k - begin step (a double,
+  // negative where the run starts below 0). Per point: both sums in one add
+  // (digits[j]), the v offset (u + 0.0 is u) and the scale (u times 1.0), as
+  // the lanes of PairWriter round them.
+  void write_part(unsigned int const& k, unsigned int const& step, unsigned int const& begin,
+                  unsigned int const& end, double const (*digits)[2],
+                  GMathVec2<double>* samples) const {
+    unsigned int const run = (k + seed) - begin * step;
+    __m128d const base =
+        _mm_set_pd(static_cast<double>(k) - digits[begin][1], radical_inverse_2(run));
     __m128d const add = _mm_set_pd(v_offset, 0.0);
     __m128d const scale = _mm_set_pd(inv_point_count, 1.0);
-    for (unsigned int j = 0; j < 16; ++j) {
-      __m128d const point = _mm_add_pd(_mm_add_pd(base, _mm_load_pd(k_low_digits.pair[j])), add);
-      _mm_storeu_pd(&samples[j].x, _mm_mul_pd(point, scale));
+    GMathVec2<double>* const out = samples - begin;
+    auto const write = [&](unsigned int const& j) {
+      __m128d const point = _mm_add_pd(_mm_add_pd(base, _mm_load_pd(digits[j])), add);
+      _mm_storeu_pd(&out[j].x, _mm_mul_pd(point, scale));
+    };
+    if (begin == 0u && end == 16u) {
+      for (unsigned int j = 0; j < 16u; ++j)  // a fixed count the compiler unrolls
+        write(j);
+    } else {
+      for (unsigned int j = begin; j < end; ++j)
+        write(j);
     }
   }
 
@@ -247,9 +262,11 @@ unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2
                                                               GMathVec2<double>* samples,
                                                               GMathVec2<double>& corner0,
                                                               GMathVec2<double>& corner1) {
+  // Px is a power of two: the column and band by mask and shift, not by a
+  // division.
   unsigned int const columns = sampler.m_packet_count_x;
-  unsigned int const px = packet % columns;
-  unsigned int const py = packet / columns;
+  unsigned int const px = packet & (columns - 1u);
+  unsigned int const py = packet >> __builtin_ctz(columns);
   // Nearest band boundaries, halves going up; the integers wrap modulo 2^32.
   unsigned int const start = static_cast<unsigned int>(static_cast<long long>(
                                  static_cast<double>(py) * sampler.m_band_size + 0.5)) +

@@ -36,12 +36,6 @@ inline __m128i reverse_bits_x4(__m128i n) {
   return _mm_shufflehi_epi16(_mm_shufflelo_epi16(n, 0xB1), 0xB1);
 }
 
-// (start, start + step, start + 2 step, start + 3 step), wrapping modulo 2^32.
-inline __m128i index_lanes(unsigned int const& start, unsigned int const& step) {
-  return _mm_set_epi32(static_cast<int>(start + 3u * step), static_cast<int>(start + 2u * step),
-                       static_cast<int>(start + step), static_cast<int>(start));
-}
-
 // Samples with u = (double(u_i) + add_u) * scale_u and
 // v = (double(v_i) + add_v) * scale_v. An add of +0.0 leaves the
 // non-negative double(u_i) unchanged, so u = double(u_i) * scale_u is written

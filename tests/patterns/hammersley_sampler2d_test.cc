@@ -93,6 +93,8 @@ TEST(HammersleySampler2d, PacketsAreColumnsOfBands) {
       for (unsigned sx : {1u, 2u, 3u, 4u})
         for (unsigned sy : {1u, 2u, 5u})
           cases.push_back({nx, ny, sx, sy});
+  // Packets of 1024: whole runs of 16 points four columns apart.
+  cases.push_back({64, 64, 16, 64});
   // N / Py = 1 + 2^-22: band edges a rounding step below a half.
   cases.push_back({1, (1u << 22) + 1, 1, 1});
   HammersleySampler2d s;
