@@ -250,8 +250,8 @@ inline void CosineWeightedHemisphereRayGenerator::create_ray_project(GMathVec3<d
 // Two samples at a time (ray_lanes::for_each_pair): the concentric map, the
 // warp, the differential directions and the ray's derived fields in lanes,
 // the sine and cosine per sample in between; an odd last sample, and every
-// sample without SSE2, through the one-sample builders. In project mode a
-// ray below the plane is projected from its lane values.
+// sample without SSE2, through the one-sample builders. In project mode the
+// rays below the plane are projected in lanes too.
 template <int mode>
 inline unsigned int CosineWeightedHemisphereRayGenerator::create_rays(
     GMathVec2<double> const* samples, unsigned int const& count, GMathRay* rays) const {
@@ -280,39 +280,44 @@ inline unsigned int CosineWeightedHemisphereRayGenerator::create_rays(
         check_sample(samples[first + 1]);
         Lanes const s = radius * sin_h;
         Lanes const c = _mm_sqrt_pd(splat(1.0) - s * s);
-        Vec const w = frame.transform_vector(Vec{cos_phi * s, sin_phi * s, c});
+        Vec w = frame.transform_vector(Vec{cos_phi * s, sin_phi * s, c});
         Vec rx = w, ry = w, tangent_u = w, tangent_v = w;
         if (shared.differentials || mode == k_mode_project) {
           tangent_u = frame.transform_vector(Vec{negate(sin_phi), cos_phi, splat(0.0)});
           tangent_v = frame.transform_vector(Vec{negate(c) * cos_phi, negate(c) * sin_phi, s});
+        }
+        if (mode == k_mode_project) {
+          // A ray not at or above the plane (a NaN too, as in the one-sample
+          // path) takes its projection: create_ray_project's three guarded
+          // normalisations in lanes, kept where the lane is below.
+          Lanes const along = ray_lanes::dot(w, clip_normal);
+          Lanes const below = _mm_cmpnge_pd(along, _mm_setzero_pd());
+          if (_mm_movemask_pd(below) != 0) {
+            Vec const w_flat = safe_normalize(w - clip_normal * along, k_ray_normalize_epsilon);
+            Vec const u_flat = safe_normalize(
+                tangent_u - w_flat * ray_lanes::dot(tangent_u, w_flat), k_ray_normalize_epsilon);
+            Vec const v_flat = safe_normalize(
+                tangent_v - w_flat * ray_lanes::dot(tangent_v, w_flat), k_ray_normalize_epsilon);
+            w = select(below, w_flat, w);
+            tangent_u = select(below, u_flat, tangent_u);
+            tangent_v = select(below, v_flat, tangent_v);
+          }
+        }
+        if (shared.differentials) {
           rx = combine(w, cos_x, tangent_u, sin_x);
           ry = combine(w, cos_y, tangent_v, sin_y);
         }
-        GMathRay* ray0 = rays + written;
-        GMathRay* ray1 = rays + written + 1;
-        if (mode != k_mode_plain) {
+        if (mode == k_mode_discard) {
           Lanes const along = ray_lanes::dot(w, clip_normal);
-          if (mode == k_mode_discard) {
-            int const above = _mm_movemask_pd(_mm_cmpgt_pd(along, _mm_setzero_pd()));
-            ray0 = (above & 1) ? rays + written : nullptr;
-            ray1 = (above & 2) ? rays + written + (above & 1) : nullptr;
-            written += static_cast<unsigned int>((above & 1) + (above >> 1));
-            write_rays(shared, w, rx, ry, ray0, ray1);
-            return;
-          }
-          // Not at or above the plane (a NaN projects, as in the one-sample path).
-          int const below = ~_mm_movemask_pd(_mm_cmpge_pd(along, _mm_setzero_pd()));
-          if (below & 1) {
-            create_ray_project(lane<0>(w), lane<0>(tangent_u), lane<0>(tangent_v), *ray0);
-            ray0 = nullptr;
-          }
-          if (below & 2) {
-            create_ray_project(lane<1>(w), lane<1>(tangent_u), lane<1>(tangent_v), *ray1);
-            ray1 = nullptr;
-          }
+          int const above = _mm_movemask_pd(_mm_cmpgt_pd(along, _mm_setzero_pd()));
+          GMathRay* const ray0 = (above & 1) ? rays + written : nullptr;
+          GMathRay* const ray1 = (above & 2) ? rays + written + (above & 1) : nullptr;
+          written += static_cast<unsigned int>((above & 1) + (above >> 1));
+          write_rays(shared, w, rx, ry, ray0, ray1);
+          return;
         }
+        write_rays(shared, w, rx, ry, rays + written, rays + written + 1);
         written += 2;
-        write_rays(shared, w, rx, ry, ray0, ray1);
       });
 #endif
   for (; i < count; ++i) {

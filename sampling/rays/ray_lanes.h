@@ -44,6 +44,11 @@ inline Lanes select(Lanes const& mask, Lanes const& a, Lanes const& b) {
   return _mm_or_pd(_mm_and_pd(mask, a), _mm_andnot_pd(mask, b));
 }
 
+// mask ? a : b, component by component.
+inline Vec select(Lanes const& mask, Vec const& a, Vec const& b) {
+  return Vec{select(mask, a.x, b.x), select(mask, a.y, b.y), select(mask, a.z, b.z)};
+}
+
 inline Lanes negate(Lanes const& a) {
   return _mm_xor_pd(a, _mm_set1_pd(-0.0));
 }
