@@ -1,5 +1,6 @@
 #include "sampling/patterns/hierarchical_sampler2d.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <new>
 
@@ -201,33 +202,46 @@ unsigned int HierarchicalSampler2d::get_packet_samples_random_callback(
   return whole_square_packet(corner0, corner1, sampler.m_sample_count);
 }
 
+// The positions (offset + i) % m run through the permutation in segments of
+// consecutive entries, each ending at the permutation's end (the position
+// steps to 0) or where offset + i wraps past 2^32 (the position restarts at
+// 0 too): within a segment four indices are one load, the points in lanes.
 void HierarchicalSampler2d::get_all_samples_hammersley_callback(HierarchicalSampler2d& sampler,
                                                                 GMathVec2<double>* samples) {
 #if defined(SAMPLING_U32_LANES)
-  HierarchicalSampler2d const local = sampler;
-  unsigned int const n = local.m_sample_count;
-  unsigned int const m = local.m_point_count;
-  // Position (offset + i) % m followed from sample to sample without a
-  // division: it steps to 0 at m, and where offset + i wraps past 2^32.
-  unsigned int at = local.m_offset;
+  unsigned int const n = sampler.m_sample_count;
+  unsigned int const m = sampler.m_point_count;
+  unsigned int const* const indices = sampler.m_indices;
+  unsigned int const seed = sampler.m_seed;
+  double const v_offset = sampler.m_v_offset;
+  double const scale = sampler.m_scale;
+  PairWriter const lanes(0.0, v_offset, 0x1p-32, scale);
+  __m128i const seeds = _mm_set1_epi32(static_cast<int>(seed));
+  unsigned int at = sampler.m_offset;
   unsigned int position = at % m;
-  auto const next = [&] {
-    unsigned int const j = local.m_indices[position];
-    if (++position == m)
+  unsigned int i = 0;
+  while (i < n) {
+    unsigned int length = std::min(m - position, n - i);
+    unsigned int const to_wrap = 0u - at;  // 0: 2^32 samples away
+    if (to_wrap != 0u && to_wrap < length)
+      length = to_wrap;
+    unsigned int const* const run = indices + position;
+    GMathVec2<double>* const out = samples + i;
+    unsigned int t = 0;
+    for (; length - t >= 4; t += 4) {
+      __m128i const j = _mm_loadu_si128(reinterpret_cast<__m128i const*>(run + t));
+      lanes.write4(reverse_bits_x4(_mm_add_epi32(j, seeds)), j, out + t);
+    }
+    for (; t < length; ++t) {
+      out[t].x = radical_inverse_2(run[t] + seed);
+      out[t].y = (static_cast<double>(run[t]) + v_offset) * scale;
+    }
+    i += length;
+    at += length;
+    position += length;
+    if (position == m || at == 0u)
       position = 0;
-    if (++at == 0)
-      position = 0;
-    return static_cast<int>(j);
-  };
-  PairWriter const lanes(0.0, local.m_v_offset, 0x1p-32, local.m_scale);
-  __m128i const seeds = _mm_set1_epi32(static_cast<int>(local.m_seed));
-  for (unsigned int i = 0; n - i >= 4; i += 4) {
-    int const j0 = next(), j1 = next(), j2 = next(), j3 = next();
-    __m128i const j = _mm_set_epi32(j3, j2, j1, j0);
-    lanes.write4(reverse_bits_x4(_mm_add_epi32(j, seeds)), j, samples + i);
   }
-  for (unsigned int i = n & ~3u; i < n; ++i)
-    local.get_hammersley_sample(i, samples[i].x, samples[i].y);
 #else
   HammersleyCallbacks::get_all_samples(sampler, samples);
 #endif
