@@ -123,17 +123,10 @@ struct HammersleySampler2d::HammersleyPoints {
     __m128d const add = _mm_set_pd(v_offset, 0.0);
     __m128d const scale = _mm_set_pd(inv_point_count, 1.0);
     GMathVec2<double>* const out = samples - begin;
-    auto const write = [&](unsigned int const& j) {
+    for_each_in_run(begin, end, [&](unsigned int const& j) {
       __m128d const point = _mm_add_pd(_mm_add_pd(base, _mm_load_pd(digits[j])), add);
       _mm_storeu_pd(&out[j].x, _mm_mul_pd(point, scale));
-    };
-    if (begin == 0u && end == 16u) {
-      for (unsigned int j = 0; j < 16u; ++j)  // a fixed count the compiler unrolls
-        write(j);
-    } else {
-      for (unsigned int j = begin; j < end; ++j)
-        write(j);
-    }
+    });
   }
 
   // The points of the four indices in the lanes of k into samples[0 .. 3].

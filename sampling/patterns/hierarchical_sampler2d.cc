@@ -277,10 +277,10 @@ void HierarchicalSampler2d::get_all_samples_sobol_callback(HierarchicalSampler2d
     double const* const top_u = k_sobol_run_tops.u[u >> 28];
     double const* const top_v = k_sobol_run_tops.v[v >> 28];
     GMathVec2<double>* const out = samples + i - begin;
-    for (unsigned int j = begin; j < end; ++j) {
+    for_each_in_run(begin, end, [&](unsigned int const& j) {
       out[j].x = (low_u + top_u[j]) * k_unit_from_u32_scale;
       out[j].y = (low_v + top_v[j]) * k_unit_from_u32_scale;
-    }
+    });
     i += end - begin;
   }
 }

@@ -28,6 +28,22 @@ inline unsigned int reverse_bits(unsigned int n) {
   return (n >> 16) | (n << 16);
 }
 
+// Calls write(j) for j = begin .. end - 1 of a run of at most 16 indices that
+// share all but their low four bits (the array paths of the base-2 patterns
+// build such runs from one base): a whole run (0 .. 16) as a loop of fixed
+// count, which the compiler unrolls, a part of one as a plain loop.
+template <typename Write>
+inline void for_each_in_run(unsigned int const& begin, unsigned int const& end,
+                            Write const& write) {
+  if (begin == 0u && end == 16u) {
+    for (unsigned int j = 0; j < 16u; ++j)
+      write(j);
+  } else {
+    for (unsigned int j = begin; j < end; ++j)
+      write(j);
+  }
+}
+
 // Base-2 radical inverse: the 32 bits of n mirrored about the binary point,
 // in [0, 1 - 2^-32]. Defined as the digit loop
 //   result = 0, w = 0.5; per bit from the lowest: if set, result = w + result;
