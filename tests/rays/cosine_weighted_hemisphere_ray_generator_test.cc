@@ -67,6 +67,7 @@ TEST(CosineWeightedHemisphereRayGenerator, ConeEdgesAngleRangeAndModes) {
     EXPECT_TRUE(wide.get_angle_cos() == fresh.get_angle_cos() &&
                 ray_of(wide, Vec2(0.2, 0.9)).m_direction ==
                     ray_of(fresh, Vec2(0.2, 0.9)).m_direction);
+    EXPECT_EQ(wide.get_angle_sin() > 0.0, angle != 0.0) << angle;  // even 1e-9 degrees opens
   }
   negative.init(incoming_ray(d, false), -90.0, 0.3, 0.3);
   positive.init(incoming_ray(d, false), 90.0, 0.3, 0.3);
