@@ -86,6 +86,10 @@ TEST(CosineWeightedHemisphereRayGenerator, ConeEdgesAngleRangeAndModes) {
   Vec2 const axis[3] = {{0.5, 0.5}, {0.5, 0.5}, {0.5, 0.5}};
   EXPECT_TRUE(!g.get_ray(axis[0], rays[0], nullptr) &&
               g.get_rays(axis, 3, rays.data(), nullptr) == 0u);
+  // A cone of angle 0 is a single direction: density 0 even on its axis, not
+  // the infinity of 1 / sin^2 0.
+  g.init(GMathRay(Vec3(), Vec3(0.0, 0.0, 1.0)), 0.0, 0.0, 0.0);
+  EXPECT_EQ(g.pdf(Vec3(0.0, 0.0, 1.0)), 0.0);
 }
 
 // The middle ray's auxiliary directions turn towards T1 and T2, by the
