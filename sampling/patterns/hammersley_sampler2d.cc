@@ -38,7 +38,7 @@ struct LowDigits {
 constexpr LowDigits make_low_digits() {
   LowDigits t{};
   for (unsigned int j = 0; j < 16; ++j) {
-    unsigned int const reversed = ((j & 1u) << 3) | ((j & 2u) << 1) | ((j & 4u) >> 1) | (j >> 3);
+    unsigned int const reversed = reverse_bits(j) >> 28;
     t.pair[j][0] = static_cast<double>(reversed) / 16.0;
     t.pair[j][1] = static_cast<double>(j);
   }

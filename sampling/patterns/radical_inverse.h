@@ -20,7 +20,7 @@ inline double unit_from_u32(unsigned int const& r) {
 }
 
 // The 32 bits of n in reverse order (bit 0 becomes bit 31 and so on).
-inline unsigned int reverse_bits(unsigned int n) {
+constexpr unsigned int reverse_bits(unsigned int n) {
   n = ((n >> 1) & 0x55555555u) | ((n & 0x55555555u) << 1);
   n = ((n >> 2) & 0x33333333u) | ((n & 0x33333333u) << 2);
   n = ((n >> 4) & 0x0F0F0F0Fu) | ((n & 0x0F0F0F0Fu) << 4);

@@ -78,7 +78,7 @@ constexpr SobolRunTops make_sobol_run_tops() {
   SobolRunTops t{};
   for (unsigned int h = 0; h < 16; ++h) {
     for (unsigned int j = 0; j < 16; ++j) {
-      unsigned int const reversed = ((j & 1u) << 3) | ((j & 2u) << 1) | ((j & 4u) >> 1) | (j >> 3);
+      unsigned int const reversed = reverse_bits(j) >> 28;
       t.u[h][j] = static_cast<double>((h ^ reversed) << 28);
       t.v[h][j] = static_cast<double>((h ^ (sobol_2(j) >> 28)) << 28);
     }
