@@ -1,6 +1,7 @@
 #include "sampling/patterns/hammersley_sampler2d.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "sampling/checks.h"
 #include "sampling/patterns/radical_inverse.h"
@@ -26,21 +27,45 @@ inline unsigned int packet_columns(unsigned int const& count, unsigned int const
   return packets;
 }
 
+// Band edge b of N points in Py = 2^rows bands, the nearest integer to
+// b N / Py with halves going up: (long long)(b band_size + 0.5) with
+// band_size = N / Py (exact, Py a power of two). While b N stays below 2^52
+// each step of that is exact (b N and b N / Py are integers times powers of
+// two within 53 bits, and so is the sum with 1/2), so the same integer is
+// (b N + Py / 2) / Py in integers: no conversions or products on the path to
+// the packet's first point. Larger products take the double formula itself.
+inline unsigned int band_edge(unsigned int const& b, unsigned int const& n,
+                              unsigned int const& rows, double const& band_size) {
+  std::uint64_t const scaled = static_cast<std::uint64_t>(b) * n;
+  if (scaled < (std::uint64_t{1} << 52))
+    return static_cast<unsigned int>((scaled + ((std::uint64_t{1} << rows) >> 1)) >> rows);
+  return static_cast<unsigned int>(
+      static_cast<long long>(static_cast<double>(b) * band_size + 0.5));
+}
+
 }  // namespace
 
 #if defined(SAMPLING_U32_LANES)
-// (radical_inverse_2(j), j) for j = 0 .. 15: the bits of j reversed into the
-// top four of 32, as a fraction.
+// Per power-of-two step 2^c, c = 0 .. 27: (radical_inverse_2(j) 2^-c, j 2^c)
+// for j = 0 .. 15, the bits of j reversed into the top four of 32 as a
+// fraction and shifted down by c, beside j shifted up by c. Every entry is
+// a power-of-two multiple of a small integer, so these are the exact
+// products a loop would form per call.
 struct LowDigits {
-  alignas(16) double pair[16][2];
+  alignas(16) double pair[28][16][2];
 };
 
 constexpr LowDigits make_low_digits() {
   LowDigits t{};
-  for (unsigned int j = 0; j < 16; ++j) {
-    unsigned int const reversed = reverse_bits(j) >> 28;
-    t.pair[j][0] = static_cast<double>(reversed) / 16.0;
-    t.pair[j][1] = static_cast<double>(j);
+  double down = 1.0 / 16.0;
+  double up = 1.0;
+  for (unsigned int c = 0; c < 28; ++c) {
+    for (unsigned int j = 0; j < 16; ++j) {
+      t.pair[c][j][0] = static_cast<double>(reverse_bits(j) >> 28) * down;
+      t.pair[c][j][1] = static_cast<double>(j) * up;
+    }
+    down *= 0.5;
+    up *= 2.0;
   }
   return t;
 }
@@ -72,31 +97,53 @@ struct HammersleySampler2d::HammersleyPoints {
   // Points k, k + step, ... (count of them) into samples[0 .. count-1], for
   // a power-of-two step (1 for whole sets, the packet columns for packets);
   // in runs of up to sixteen where the platform has lanes (the same bits).
-  void write_run(unsigned int k, unsigned int const step, unsigned int const count,
+  void write_run(unsigned int const& k, unsigned int const step, unsigned int const count,
                  GMathVec2<double>* samples) const {
     unsigned int i = 0;
 #if defined(SAMPLING_U32_LANES)
-    if (step <= (1u << 28)) {
+    if (step < (1u << 28) && count != 0u) {
       // With step = 2^c the points whose k + seed agree but in bits c to
       // c + 3 form a run: j = those bits, and the digits of j scaled by
-      // (2^-c, 2^c), exact products, give each point's offset from the run's.
-      // The indices of whole sets and packets stay below the point count, so
-      // k + j step never wraps past 2^32 and v can add it as doubles.
+      // (2^-c, 2^c), exact products, give each point's offset from the run's
+      // base (its k + seed with those bits clear). u is the base's radical
+      // inverse plus that of j's bits, an exact sum (both multiples of
+      // 2^-32, the sum below 1 with 32 significant bits) equal to
+      // radical_inverse_2 of the index; v adds j step to the base's k,
+      // exact too (a double, negative where the first run starts below 0):
+      // the indices of whole sets and packets stay below the point count,
+      // so k + i step never wraps past 2^32. Per point both sums are one
+      // add (digits[j]), then the v offset (u + 0.0 is u) and the scale (u
+      // times 1.0), as the lanes of PairWriter round them.
       unsigned int const shift = static_cast<unsigned int>(__builtin_ctz(step));
-      alignas(16) double scaled[16][2];
-      double const(*digits)[2] = k_low_digits.pair;
-      if (step != 1u) {
-        __m128d const step_scale = _mm_set_pd(static_cast<double>(step), 1.0 / step);
-        for (unsigned int j = 0; j < 16; ++j)
-          _mm_store_pd(scaled[j], _mm_mul_pd(_mm_load_pd(k_low_digits.pair[j]), step_scale));
-        digits = scaled;
-      }
-      while (i < count) {
-        unsigned int const first = k + i * step;
-        unsigned int const begin = ((first + seed) >> shift) & 15u;
+      double const(*const digits)[2] = k_low_digits.pair[shift];
+      __m128d const add = _mm_set_pd(v_offset, 0.0);
+      __m128d const scale = _mm_set_pd(inv_point_count, 1.0);
+      unsigned int begin = ((k + seed) >> shift) & 15u;
+      unsigned int base = (k + seed) - begin * step;
+      unsigned int reversed = reverse_bits(base);
+      double base_k = static_cast<double>(k) - digits[begin][1];
+      double const run_length = static_cast<double>(step << 4);
+      GMathVec2<double>* out = samples - begin;
+      for (;;) {
         unsigned int const end = count - i < 16u - begin ? begin + (count - i) : 16u;
-        write_part(first, step, begin, end, digits, samples + i);
+        __m128d const run = _mm_set_pd(base_k, static_cast<double>(reversed) * 0x1p-32);
+        for_each_in_run(begin, end, [&](unsigned int const& j) {
+          __m128d const point = _mm_add_pd(_mm_add_pd(run, _mm_load_pd(digits[j])), add);
+          _mm_storeu_pd(&out[j].x, _mm_mul_pd(point, scale));
+        });
         i += end - begin;
+        if (i == count)
+          return;
+        // The next run's base adds 2^(c+4) (modulo 2^32): the bits it flips
+        // run from c + 4 up to the first clear bit (or to bit 31), so their
+        // mirror image is as contiguous and flips the reversed base alike.
+        unsigned int const next = base + (step << 4);
+        unsigned int const flipped = base ^ next;
+        reversed ^= (flipped >> (shift + 4u)) << __builtin_clz(flipped);
+        base = next;
+        base_k += run_length;
+        out += 16;
+        begin = 0;
       }
     }
 #endif
@@ -105,30 +152,6 @@ struct HammersleySampler2d::HammersleyPoints {
   }
 
 #if defined(SAMPLING_U32_LANES)
-  // The points j = begin .. end - 1 of a run of write_run, the first, at j =
-  // begin, being point k: the bits of their k + seed are those of the run's
-  // (bits c to c + 3 clear) and of j apart, so u is the run's radical
-  // inverse plus that of j's bits, an exact sum (both multiples of 2^-32, the
-  // sum below 1 with 32 significant bits) equal to radical_inverse_2 of the
-  // index; k + (j - begin) step is exact too, from k - begin step (a double,
-  // negative where the run starts below 0). Per point: both sums in one add
-  // (digits[j]), the v offset (u + 0.0 is u) and the scale (u times 1.0), as
-  // the lanes of PairWriter round them.
-  void write_part(unsigned int const& k, unsigned int const& step, unsigned int const& begin,
-                  unsigned int const& end, double const (*digits)[2],
-                  GMathVec2<double>* samples) const {
-    unsigned int const run = (k + seed) - begin * step;
-    __m128d const base =
-        _mm_set_pd(static_cast<double>(k) - digits[begin][1], radical_inverse_2(run));
-    __m128d const add = _mm_set_pd(v_offset, 0.0);
-    __m128d const scale = _mm_set_pd(inv_point_count, 1.0);
-    GMathVec2<double>* const out = samples - begin;
-    for_each_in_run(begin, end, [&](unsigned int const& j) {
-      __m128d const point = _mm_add_pd(_mm_add_pd(base, _mm_load_pd(digits[j])), add);
-      _mm_storeu_pd(&out[j].x, _mm_mul_pd(point, scale));
-    });
-  }
-
   // The points of the four indices in the lanes of k into samples[0 .. 3].
   void write4(__m128i const& k, GMathVec2<double>* samples) const {
     lanes.write4(reverse_bits_x4(_mm_add_epi32(k, seeds)), k, samples);
@@ -261,13 +284,13 @@ unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2
   unsigned int const px = packet & (columns - 1u);
   unsigned int const py = packet >> __builtin_ctz(columns);
   // Nearest band boundaries, halves going up; the integers wrap modulo 2^32.
-  unsigned int const start = static_cast<unsigned int>(static_cast<long long>(
-                                 static_cast<double>(py) * sampler.m_band_size + 0.5)) +
-                             px;
-  unsigned int const end = static_cast<unsigned int>(
-      static_cast<long long>(static_cast<double>(py + 1) * sampler.m_band_size + 0.5));
+  unsigned int const rows = static_cast<unsigned int>(__builtin_ctz(sampler.m_packet_count_y));
+  unsigned int const n = sampler.m_sample_count;
+  unsigned int const start = band_edge(py, n, rows, sampler.m_band_size) + px;
+  unsigned int const end = band_edge(py + 1, n, rows, sampler.m_band_size);
   // The indices start, start + Px, ... below end.
-  unsigned int const written = start < end ? (end - start - 1u) / columns + 1u : 0u;
+  unsigned int const written =
+      start < end ? ((end - start - 1u) >> __builtin_ctz(columns)) + 1u : 0u;
   HammersleyPoints(sampler).write_run(start, columns, written, samples);
   // All indices of the packet agree modulo Px (a power of two), so the low
   // log2(Px) bits of k + seed, which fix the leading digits of u, agree too.

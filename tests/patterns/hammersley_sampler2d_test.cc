@@ -86,6 +86,7 @@ TEST(HammersleySampler2d, PowerOfTwoSetsStratifyEveryElementaryInterval) {
 TEST(HammersleySampler2d, PacketsAreColumnsOfBands) {
   struct Case {
     unsigned nx, ny, sx, sy;
+    unsigned first = 0;  // of the two packets checked in a large grid
   };
   std::vector<Case> cases;
   for (unsigned nx : {1u, 2u, 3u, 5u, 6u, 7u, 9u, 10u, 13u, 16u, 33u})
@@ -96,7 +97,13 @@ TEST(HammersleySampler2d, PacketsAreColumnsOfBands) {
   // Packets of 1024: whole runs of 16 points four columns apart.
   cases.push_back({64, 64, 16, 64});
   // N / Py = 1 + 2^-22: band edges a rounding step below a half.
-  cases.push_back({1, (1u << 22) + 1, 1, 1});
+  cases.push_back({1, (1u << 22) + 1, 1, 1, (1u << 21) - 2});
+  // N = 2^32 - 1 with seed 7983: in the last packets k + seed wraps past 2^32,
+  // between two runs of 16 points 1024 apart.
+  cases.push_back({65537, 65535, 64, 64, (1u << 20) - 2});
+  // 2^21 bands of N = 2047 (2^21 + 1) points: b N crosses 2^52 between the
+  // start and the end of band 1049087 (its last column, then the next band).
+  cases.push_back({2047, (1u << 21) + 1, 1, 1, 1049087u * 1024u + 1023u});
   HammersleySampler2d s;
   for (Case const& c : cases) {
     unsigned const seed = c.nx * 7919u + c.sy;
@@ -112,7 +119,7 @@ TEST(HammersleySampler2d, PacketsAreColumnsOfBands) {
     std::vector<int> hits(whole ? n : 0, 0);
     // The bound on the largest packet that sizes the caller's array.
     Points packet(static_cast<unsigned>(std::ceil((double(n) / py + 1) / px)));
-    unsigned const first = whole ? 0 : (1u << 21) - 2, last = whole ? px * py : first + 2;
+    unsigned const first = whole ? 0 : c.first, last = whole ? px * py : first + 2;
     for (unsigned p = first; p < last; ++p) {
       std::uint64_t const band = p / px;
       unsigned const start = static_cast<unsigned>((2 * band * n + py) / (2 * py)) + p % px;
