@@ -79,13 +79,21 @@ instructions.
   u of its j-th point is the run's radical inverse plus that of j's bits,
   and k is the run's first index plus j times the step, both exact double
   sums; per point one load of the pair (radical_inverse_2(j) 2^-c, j 2^c)
-  (the 16 pairs scaled once per call, exact products), two adds, a product
-  and the store, in two double lanes. Whole sets about 0.44 ns and 1.5x of
-  the bound; packets of 64 about 0.7 ns and 2.5x (1.35 ns and 4.7x before,
-  side by side: they went four at a time through the bit reversal in
-  lanes), the rest being each packet's own set-up (its band, corners and
-  scaled pairs, and the column and band of its number, now by mask and
-  shift instead of two divisions). Odd sub-sets: four points at a time in
+  (a constant table per c, 28 x 16 pairs), two adds, a product and the
+  store, in two double lanes. Each run after the first finds its reversed
+  base from the previous one: adding 2^(c+4) flips a contiguous block of
+  bits, whose mirror image is as contiguous (a shift pair and one XOR
+  instead of a 32-bit reversal per run). Whole sets about 0.40 ns and 1.4x
+  of the bound (0.44 ns before). Packets of 64: each call's own set-up
+  (its band, corners, and the column and band of its number by mask and
+  shift) lay on the path to its first point; the band edges, the nearest
+  integers to b N / Py, now come from integer arithmetic wherever the
+  double formula is exact (b N below 2^52: every grid of up to 2^20 bands),
+  without its two conversions and product: about 0.55 ns and 1.9x to 2x
+  (0.7 ns and 2.5x before, 1.35 ns and 4.7x the round before). What is
+  left is a fixed cost per call, about 9 ns against 64 stores (12 ns
+  before), from the per-point times of packets of 64 and of 256 points.
+  Odd sub-sets: four points at a time in
   SSE2 lanes (bit reversal in four 32-bit lanes, each unsigned index made an
   exact double as 2^52 + x minus 2^52, sum and product per lane): about 19
   instructions per point, 1.5 ns, 2.5x of the bound.
@@ -120,6 +128,12 @@ instructions.
   lanes: 1.25 ns, about 4.3x (1.4 ns before). Its indices are a
   permutation, so the runs above do not apply: the bit reversal in lanes
   (about 17 instructions per four points) and the conversions remain.
+  Weighed and not taken: u from two table look-ups (j + seed is below
+  2^17, so its radical inverse is that of its low byte from a constant
+  table plus that of the rest from a per-call table of nine) costs as many
+  instructions per point as the lanes, one load more; SSSE3 byte shuffles
+  would halve the reversal but need a run-time dispatch beyond the x86-64
+  baseline and still leave about 8 instructions per point, near 3x.
   (The store bound of these 64 KiB arrays, beyond the L1 cache, itself
   varies between about 0.28 and 0.55 ns per sample from run to run, which
   moves their ratios by up to 2x.)
@@ -196,7 +210,14 @@ instructions.
   concentric point warps stay near 1.3x: the concentric map's division
   lies between the sample and the sincos call, and its sector branches are
   cheaper than selections (a branch-free map with one division and table
-  look-ups by sector measured 5 ns slower per point, and was dropped).
+  look-ups by sector measured 5 ns slower per point, and was dropped; one
+  with SSE2 masks and the same single division, bit for bit the map's,
+  measured 17.1 against 14.5 ns inline with random samples and 13.6
+  against 10.6 with every sample in one sector, where nothing
+  mispredicts: the selections sit between the sample and the division,
+  the division between it and sincos, and each sample waits for its
+  sincos's argument). Calling libm through the GOT instead of the PLT
+  (`-fno-plt`) measured no gain either.
 - **Surface scattering**: dominated by the area table build and, for blue
   noise, by the dart throwing: every primitive gets at least one candidate
   with up to 128 throws, each evaluated in world space and tested against
@@ -233,12 +254,12 @@ into Embree's record, per-pixel timers).
 ## Goals not reached
 
 - Samplers within 2x of the store bound: met by the Hammersley whole sets
-  (about 1.5x), the Sobol mode (1.5x to 2x) and the random mode (1.6x to
-  2x, at the edge). Hammersley packets are at about 2.5x (their per-packet
-  set-up over 64 points) and the hierarchical Hammersley mode at about
-  4.3x: its indices follow a permutation, so the runs of 16 do not apply,
-  and the bit reversal and conversions in lanes remain (about 11
-  instructions per point against one 16-byte store).
+  (about 1.4x) and packets (1.9x to 2x, at the edge), the Sobol mode (1.5x
+  to 2x) and the random mode (1.6x to 2x, at the edge). The hierarchical
+  Hammersley mode is at about 4x: its indices follow a permutation, so the
+  runs of 16 do not apply, and the bit reversal and conversions in lanes
+  remain (about 11 instructions per point against one 16-byte store; the
+  alternatives weighed are under "What bounds each path").
 - Warps within 1.3x of their floor: met by every warp except the
   concentric points, at its edge (the disk point 1.30x to 1.31x, the
   concentric cosine point 1.33x to 1.36x, exported and inline): see "What
@@ -257,18 +278,24 @@ into Embree's record, per-pixel timers).
 The whole suite run twice with the library before this round and twice
 with this one, alternating under the same benchmark binary
 (`LD_LIBRARY_PATH` selecting the library, `--benchmark_min_time=0.1`, the
-faster of the two runs compared), load average under 0.5:
+faster of the two runs compared), then every row that came out more than
+5% slower run again four times each way, alternating, the faster run of
+each compared. One stays slower:
 
-- `BM_Warp<ToUnitDisk>`: 4.0 -> 4.3-4.4 ns, 8% to 10%, in every round.
-  Its instructions are the same, byte for byte apart from addresses
-  (`objdump` of `Sampling::to_unit_disk` in both libraries): the function
-  moved in the library, and a 4 ns function with two unpredictable
-  branches feels where its branches land.
-- `BM_HammersleyAllSamples` and `BM_SamplerPerThread/hierarchical:0` (the
-  same whole-set path, per thread): 1.03x to 1.05x. The whole sets share
-  the run loop with the packets now: per run of 16 its bounds are computed
-  (a shift, a mask and a minimum) where a fixed stride of 16 was.
-- Every other row is within 3% either way or faster.
+- `BM_HammersleySubSamples` with an even sub-set count: 7.76-7.87 ->
+  8.12-8.13 ns, 3% to 5%, in every round. Its instructions are the same
+  (`objdump` of `get_all_sub_samples_callback` in both libraries, apart
+  from addresses): the function moved by 160 bytes, ahead of it the
+  whole-set run loop changed, and its index shuffle's branches, one per
+  bit, feel where they land.
+- Every other row is within the run-to-run spread of this shared machine
+  (within 3% either way) or faster: the hierarchical random mode at 256
+  samples, 7% slower in the first pass, came out at 0.540 against 0.552
+  ns, the plane's discard path, 11% slower there, at 6.76 against 7.31.
+  Only the Hammersley whole sets and packets changed, both faster. The two
+  rows the previous round listed as slower are back: `BM_Warp<ToUnitDisk>`
+  at 4.0 ns (its code moved again), the Hammersley whole sets at 0.40 ns
+  against 0.44.
 
 ## Speed-ups kept bit-identical
 
@@ -340,6 +367,12 @@ get_ray; the tests named beside an entry add their own checks.
   paths with get_sample where the 32-bit positions wrap;
   hammersley_sampler2d_test.cc compares every packet of about 900 grids,
   packets of 1024 among them, with get_sample).
+- Hammersley runs: each run's reversed base from the previous run's by the
+  mirror image of the bits the step flips, and the packets' band edges in
+  integers where the double formula is exact (hammersley_sampler2d_test.cc
+  checks the last packets of a grid of 2^32 - 1 points, where k + seed
+  wraps past 2^32 between two runs, and a band whose b N crosses 2^52
+  between its start and its end, where the double formula takes over).
 - Index shuffle stopped once the count left is 0 (each further step adds
   0; warps_test.cc checks the shuffle as a rank by radical inverse for
   indices across the 32-bit range).
