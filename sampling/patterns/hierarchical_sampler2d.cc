@@ -12,8 +12,15 @@
 #include "sampling/patterns/u32_lanes.h"
 #include "sampling/warps/shuffle_index.h"
 
+namespace {
+
+// Point counts up to which the Hammersley mode has a permutation.
+constexpr unsigned int k_permutation_limit = 2048;
+
+}  // namespace
+
 CoreAtomic64* HierarchicalSampler2d::m_table = nullptr;
-unsigned int const HierarchicalSampler2d::m_table_size = 2048;
+unsigned int const HierarchicalSampler2d::m_table_size = k_permutation_limit;
 
 namespace {
 
@@ -25,6 +32,37 @@ inline unsigned int table_entry(unsigned int const& j) {
 inline unsigned int* indices_at(std::uint64_t const& address) {
   return reinterpret_cast<unsigned int*>(static_cast<std::uintptr_t>(address));
 }
+
+#if defined(SAMPLING_U32_LANES)
+// The Hammersley mode's u, radical_inverse_2(j + seed), by look-up: with j
+// below the permutation limit and the seed below 2^16, j + seed has at most
+// 17 bits, and its radical inverse is that of its low byte plus that of the
+// rest in place (the bits reversed into the top of 32, as fractions). The
+// two land on disjoint binary digits, so the sum is exact and gives
+// radical_inverse_2's double; no 32-bit reversal per point.
+constexpr unsigned int k_largest_sum = (k_permutation_limit - 1u) + 0xFFFFu;
+
+struct ByteRadicalInverses {
+  double low[256];                         // radical_inverse_2(b)
+  double high[(k_largest_sum >> 8) + 1u];  // radical_inverse_2(h << 8)
+};
+
+constexpr ByteRadicalInverses make_byte_radical_inverses() {
+  ByteRadicalInverses t{};
+  for (unsigned int b = 0; b < 256u; ++b)
+    t.low[b] = static_cast<double>(reverse_bits(b)) * 0x1p-32;
+  for (unsigned int h = 0; h <= (k_largest_sum >> 8); ++h)
+    t.high[h] = static_cast<double>(reverse_bits(h << 8)) * 0x1p-32;
+  return t;
+}
+
+constexpr ByteRadicalInverses k_byte_radical_inverses = make_byte_radical_inverses();
+
+inline __m128d hammersley_u(unsigned int const& sum) {
+  return _mm_add_sd(_mm_load_sd(&k_byte_radical_inverses.low[sum & 255u]),
+                    _mm_load_sd(&k_byte_radical_inverses.high[sum >> 8]));
+}
+#endif
 
 }  // namespace
 
@@ -205,7 +243,8 @@ unsigned int HierarchicalSampler2d::get_packet_samples_random_callback(
 // The positions (offset + i) % m run through the permutation in segments of
 // consecutive entries, each ending at the permutation's end (the position
 // steps to 0) or where offset + i wraps past 2^32 (the position restarts at
-// 0 too): within a segment four indices are one load, the points in lanes.
+// 0 too): within a segment four indices are one load, their v in lanes and
+// their u by look-up (hammersley_u).
 void HierarchicalSampler2d::get_all_samples_hammersley_callback(HierarchicalSampler2d& sampler,
                                                                 GMathVec2<double>* samples) {
 #if defined(SAMPLING_U32_LANES)
@@ -215,8 +254,8 @@ void HierarchicalSampler2d::get_all_samples_hammersley_callback(HierarchicalSamp
   unsigned int const seed = sampler.m_seed;
   double const v_offset = sampler.m_v_offset;
   double const scale = sampler.m_scale;
-  PairWriter const lanes(0.0, v_offset, 0x1p-32, scale);
-  __m128i const seeds = _mm_set1_epi32(static_cast<int>(seed));
+  __m128d const add = _mm_set1_pd(v_offset);
+  __m128d const times = _mm_set1_pd(scale);
   unsigned int at = sampler.m_offset;
   unsigned int position = at % m;
   unsigned int i = 0;
@@ -225,16 +264,24 @@ void HierarchicalSampler2d::get_all_samples_hammersley_callback(HierarchicalSamp
     unsigned int const to_wrap = 0u - at;  // 0: 2^32 samples away
     if (to_wrap != 0u && to_wrap < length)
       length = to_wrap;
-    unsigned int const* const run = indices + position;
-    GMathVec2<double>* const out = samples + i;
-    unsigned int t = 0;
-    for (; length - t >= 4; t += 4) {
-      __m128i const j = _mm_loadu_si128(reinterpret_cast<__m128i const*>(run + t));
-      lanes.write4(reverse_bits_x4(_mm_add_epi32(j, seeds)), j, out + t);
+    unsigned int const* j = indices + position;
+    unsigned int const* const stop = j + length;
+    GMathVec2<double>* out = samples + i;
+    for (; stop - j >= 4; j += 4, out += 4) {
+      // v of four points in lanes (j below 2^31 converts exactly as a
+      // signed integer), u of each by look-up.
+      __m128i const four = _mm_loadu_si128(reinterpret_cast<__m128i const*>(j));
+      __m128d const v01 = _mm_mul_pd(_mm_add_pd(_mm_cvtepi32_pd(four), add), times);
+      __m128d const v23 =
+          _mm_mul_pd(_mm_add_pd(_mm_cvtepi32_pd(_mm_shuffle_epi32(four, 0xEE)), add), times);
+      _mm_storeu_pd(&out[0].x, _mm_unpacklo_pd(hammersley_u(j[0] + seed), v01));
+      _mm_storeu_pd(&out[1].x, _mm_shuffle_pd(hammersley_u(j[1] + seed), v01, 2));
+      _mm_storeu_pd(&out[2].x, _mm_unpacklo_pd(hammersley_u(j[2] + seed), v23));
+      _mm_storeu_pd(&out[3].x, _mm_shuffle_pd(hammersley_u(j[3] + seed), v23, 2));
     }
-    for (; t < length; ++t) {
-      out[t].x = radical_inverse_2(run[t] + seed);
-      out[t].y = (static_cast<double>(run[t]) + v_offset) * scale;
+    for (; j != stop; ++j, ++out) {
+      out->x = _mm_cvtsd_f64(hammersley_u(*j + seed));
+      out->y = (static_cast<double>(*j) + v_offset) * scale;
     }
     i += length;
     at += length;

@@ -10,6 +10,7 @@
 #include "sampling/patterns/halton_sampler2d.h"
 #include "sampling/patterns/radical_inverse.h"
 #include "sampling/patterns/sobol_components.h"
+#include "sampling/sampling.h"
 #include "tests/patterns/pattern_support.h"
 
 namespace {
@@ -169,18 +170,26 @@ TEST(HierarchicalSampler2d, RandomModeReadsDisjointRunsOfTheTable) {
 // The array paths work four samples at a time; where the table (random mode:
 // a seed whose run starts within 2048 entries of its end) and the 32-bit
 // positions (count * set_index just below 2^32) wrap, they keep get_sample's
-// bits, and so does the single packet of the whole square.
+// bits, and so does the single packet of the whole square. With 2048 points
+// the wrap meets the permutation's end; with 1000 from 2^32 - 296 on, a
+// Hammersley start below 296 meets the wrap in the permutation's middle.
 TEST(HierarchicalSampler2d, ArrayPathsKeepTheOneSampleBitsWhereIndicesWrap) {
   LibraryScope library;
   unsigned int table_wrap = 0;
   while (table_entry(table_wrap) % GRandomFastMt::m_table_size >= 2048u)
     ++table_wrap;
-  for (unsigned int mode = 0; mode < 4; ++mode) {
-    for (unsigned int seed : {0u, 65535u, table_wrap}) {
-      H sampler(static_cast<H::Mode>(mode));
-      sampler.init(seed, 2048, 1, (1u << 21) - 1u);
-      all_paths(sampler);
-      ASSERT_FALSE(HasFailure()) << "mode " << mode << ", seed " << seed;
+  unsigned int middle_wrap = 0;
+  while (Sampling::shuffle_index(middle_wrap, 1000) >= 296u)
+    ++middle_wrap;
+  for (unsigned int const count : {2048u, 1000u}) {
+    unsigned int const set_index = count == 2048u ? (1u << 21) - 1u : 4294967u;
+    for (unsigned int mode = 0; mode < 4; ++mode) {
+      for (unsigned int seed : {0u, 65535u, table_wrap, middle_wrap}) {
+        H sampler(static_cast<H::Mode>(mode));
+        sampler.init(seed, count, 1, set_index);
+        all_paths(sampler);
+        ASSERT_FALSE(HasFailure()) << count << " points, mode " << mode << ", seed " << seed;
+      }
     }
   }
 }
