@@ -50,9 +50,9 @@ struct ByteRadicalInverses {
 constexpr ByteRadicalInverses make_byte_radical_inverses() {
   ByteRadicalInverses t{};
   for (unsigned int b = 0; b < 256u; ++b)
-    t.low[b] = static_cast<double>(reverse_bits(b)) * 0x1p-32;
+    t.low[b] = radical_inverse_2(b);
   for (unsigned int h = 0; h <= (k_largest_sum >> 8); ++h)
-    t.high[h] = static_cast<double>(reverse_bits(h << 8)) * 0x1p-32;
+    t.high[h] = radical_inverse_2(h << 8);
   return t;
 }
 

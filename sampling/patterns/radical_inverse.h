@@ -52,7 +52,7 @@ inline void for_each_in_run(unsigned int const& begin, unsigned int const& end,
 // bit_reverse(n) * 2^-32 exactly: an integer below 2^32 converts to double
 // without rounding and the power-of-two scale is exact. That closed form is
 // what runs; the tests compare it with the loop bit for bit.
-inline double radical_inverse_2(unsigned int const& n) {
+constexpr double radical_inverse_2(unsigned int const& n) {
   return static_cast<double>(reverse_bits(n)) * 0x1p-32;
 }
 
