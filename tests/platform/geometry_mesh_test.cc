@@ -29,11 +29,12 @@ GeometryIntersection evaluate(GeometryMesh const& mesh, M const& matrix, unsigne
   return record;
 }
 
-// A unit right triangle (group 2) and a non-planar quad (group 0).
+// A unit right triangle off the origin (group 2) and a non-planar quad
+// (group 0).
 GeometryMesh make_mesh() {
   GeometryMesh mesh;
   for (V const& p :
-       {V(0, 0, 0), V(1, 0, 0), V(0, 1, 0), V(3, 0, 0), V(5, 0, 1), V(5, 2, 0), V(3, 2, 0)})
+       {V(0, 0, 1), V(1, 0, 1), V(0, 1, 1), V(3, 0, 0), V(5, 0, 1), V(5, 2, 0), V(3, 2, 0)})
     mesh.add_vertex(p);
   mesh.add_triangle(0, 1, 2, 2);
   mesh.add_quad(3, 4, 5, 6, 0);
@@ -63,7 +64,7 @@ TEST(GeometryMesh, EvaluationMapsCornersAndKeepsAFrame) {
   GeometryMesh const mesh = make_mesh();
   M const matrix = scaled_and_moved(2.0, 2.0, 2.0, 1.0, 2.0, 3.0);
   // Triangle corners (0,0), (1,0), (0,1), then the quad's in boundary order.
-  double const corners[][6] = {{0, 0, 0, 1, 2, 3}, {0, 1, 0, 3, 2, 3},  {0, 0, 1, 1, 4, 3},
+  double const corners[][6] = {{0, 0, 0, 1, 2, 5}, {0, 1, 0, 3, 2, 5},  {0, 0, 1, 1, 4, 5},
                                {1, 0, 0, 7, 2, 3}, {1, 1, 0, 11, 2, 5}, {1, 1, 1, 11, 6, 3},
                                {1, 0, 1, 7, 6, 3}};
   for (auto const& c : corners)
