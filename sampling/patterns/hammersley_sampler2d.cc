@@ -281,16 +281,16 @@ unsigned int HammersleySampler2d::get_packet_samples_callback(HammersleySampler2
   // Px is a power of two: the column and band by mask and shift, not by a
   // division.
   unsigned int const columns = sampler.m_packet_count_x;
+  unsigned int const column_bits = static_cast<unsigned int>(__builtin_ctz(columns));
   unsigned int const px = packet & (columns - 1u);
-  unsigned int const py = packet >> __builtin_ctz(columns);
+  unsigned int const py = packet >> column_bits;
   // Nearest band boundaries, halves going up; the integers wrap modulo 2^32.
   unsigned int const rows = static_cast<unsigned int>(__builtin_ctz(sampler.m_packet_count_y));
   unsigned int const n = sampler.m_sample_count;
   unsigned int const start = band_edge(py, n, rows, sampler.m_band_size) + px;
   unsigned int const end = band_edge(py + 1, n, rows, sampler.m_band_size);
   // The indices start, start + Px, ... below end.
-  unsigned int const written =
-      start < end ? ((end - start - 1u) >> __builtin_ctz(columns)) + 1u : 0u;
+  unsigned int const written = start < end ? ((end - start - 1u) >> column_bits) + 1u : 0u;
   HammersleyPoints(sampler).write_run(start, columns, written, samples);
   // All indices of the packet agree modulo Px (a power of two), so the low
   // log2(Px) bits of k + seed, which fix the leading digits of u, agree too.
